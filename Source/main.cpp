@@ -1,0 +1,13 @@
+// quintor: read a quantum-chemistry log, report on it and evaluate its
+// thermochemistry. Under /0 the run is unattended (batch mode).
+#include <string>
+#include <vector>
+
+#include "session/run.h"
+#include "session/session.h"
+
+int main(int argc, char** argv) {
+  std::vector<std::string> args(argv + 1, argv + argc);
+  quintor::Session session;
+  return quintor::RunQuintor(session, args);
+}

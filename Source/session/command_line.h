@@ -1,0 +1,29 @@
+// The command line: `quintor <input file> [/options]`.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session/session.h"
+
+namespace quintor {
+
+inline constexpr int BuildNumber = 2155;
+inline constexpr std::string_view VersionText = "QUINTOR v.2.5";
+
+enum class CommandLineAction { Run, Help, Version };
+
+// Parses the arguments (without the program name) into the Session. The
+// first argument is the input file unless it is /I or /Z; every option is
+// matched upper-cased as a prefix, in a fixed order. A number that can not be
+// read throws FatalReadError.
+CommandLineAction ParseCommandLine(Session& s, const std::vector<std::string>& args);
+
+// The usage text of -h, --help and /?.
+std::string UsageText();
+
+// Copies a text up to its first blank.
+std::string CopyWord(std::string_view text);
+
+}  // namespace quintor

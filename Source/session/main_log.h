@@ -1,0 +1,38 @@
+// The MainLog (".mou"): every report of the run goes here, line by line.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace quintor {
+
+class MainLog {
+ public:
+  MainLog() = default;
+  MainLog(const MainLog&) = delete;
+  MainLog& operator=(const MainLog&) = delete;
+  ~MainLog();
+
+  bool Open(const std::string& path);   // false when the file can not be created
+  bool IsOpen() const { return file_ != nullptr; }
+  const std::string& Path() const { return path_; }
+
+  void Line(std::string_view text = {});  // text and a line end
+  void Text(std::string_view text);       // text, the line stays open
+  void EndLine();                         // ends an open line, if any
+  void Flush();
+  // Text written before the file was opened (start-up messages) is kept and
+  // written here, at the place the run chooses.
+  void WritePending();
+  // Closes the file; with `remove` the file is deleted (the /NOLOG scratch log).
+  void Close(bool remove = false);
+
+ private:
+  std::FILE* file_ = nullptr;
+  std::string path_;
+  bool lineOpen_ = false;
+  std::string pending_;
+};
+
+}  // namespace quintor

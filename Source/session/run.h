@@ -1,0 +1,20 @@
+// The run of one session: start-up, read pass, report and end of the run.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "session/session.h"
+
+namespace quintor {
+
+// Runs a session from the command-line arguments (without the program name)
+// and returns the exit status. Console text goes to s.console, one-key
+// answers come from s.keyboard.
+int RunQuintor(Session& s, const std::vector<std::string>& args);
+
+// Normal end of the run: last view, evaluation, closing the files. Returns
+// the exit status 0.
+int EndRun(Session& s);
+
+}  // namespace quintor

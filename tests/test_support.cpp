@@ -1,0 +1,99 @@
+#include "test_support.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "session/run.h"
+
+namespace quintor::test {
+
+std::string TestData(std::string_view relative) {
+  return std::string(QUINTOR_TESTDATA) + "/" + std::string(relative);
+}
+
+std::string TestInput(std::string_view relative) {
+  return std::string(QUINTOR_TEST_INPUTS) + "/" + std::string(relative);
+}
+
+TempDir::TempDir() {
+  static std::atomic<int> counter{0};
+  std::random_device rd;
+  path = std::filesystem::temp_directory_path() /
+         ("quintor_test_" + std::to_string(::getpid()) + "_" + std::to_string(counter++) + "_" +
+          std::to_string(rd() % 100000));
+  std::filesystem::create_directories(path);
+}
+
+TempDir::~TempDir() {
+  std::error_code ec;
+  std::filesystem::remove_all(path, ec);
+}
+
+std::string TempDir::Write(const std::string& name, const std::string& content) const {
+  auto full = path / name;
+  std::ofstream(full, std::ios::binary) << content;
+  return full.string();
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream f(path, std::ios::binary);
+  std::ostringstream ss;
+  ss << f.rdbuf();
+  return ss.str();
+}
+
+RunResult RunInProcess(Session& s, const std::vector<std::string>& args, const std::string& keyboard) {
+  std::ostringstream console;
+  std::istringstream keys(keyboard);
+  s.console = &console;
+  s.keyboard = &keys;
+  RunResult r;
+  r.status = RunQuintor(s, args);
+  r.console = console.str();
+  if (!s.files.logName.empty() && !s.opt.noLog) r.log = ReadFile(s.files.logName);
+  s.console = nullptr;
+  s.keyboard = nullptr;
+  return r;
+}
+
+RunResult RunInProcess(const std::vector<std::string>& args, const std::string& keyboard) {
+  Session s;
+  return RunInProcess(s, args, keyboard);
+}
+
+ExeResult RunExe(const std::vector<std::string>& args, const std::string& stdinText, const std::string& cwd) {
+  TempDir io;
+  std::string in = io.Write("stdin.txt", stdinText);
+  std::string out = io.File("stdout.txt");
+  pid_t pid = ::fork();
+  if (pid == 0) {
+    if (!cwd.empty() && ::chdir(cwd.c_str()) != 0) ::_exit(127);
+    std::FILE* fin = std::freopen(in.c_str(), "r", stdin);
+    std::FILE* fout = std::freopen(out.c_str(), "w", stdout);
+    if (!fin || !fout) ::_exit(127);
+    ::dup2(::fileno(stdout), ::fileno(stderr));
+    std::vector<char*> argv;
+    std::string exe = QUINTOR_EXE;
+    argv.push_back(exe.data());
+    std::vector<std::string> copy = args;
+    for (auto& a : copy) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    ::execv(exe.c_str(), argv.data());
+    ::_exit(127);
+  }
+  int wstatus = 0;
+  ::waitpid(pid, &wstatus, 0);
+  ExeResult r;
+  r.signaled = WIFSIGNALED(wstatus);
+  r.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : -1;
+  r.output = ReadFile(out);
+  return r;
+}
+
+}  // namespace quintor::test

@@ -1,0 +1,53 @@
+// Helpers shared by the tests: paths of test data, temporary directories,
+// and running the program in-process or as a separate process.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session/session.h"
+
+namespace quintor::test {
+
+// A file of ../shared/testdata (real program outputs, never copied here).
+std::string TestData(std::string_view relative);
+// A hand-written input of tests/inputs.
+std::string TestInput(std::string_view relative);
+
+// A fresh directory, removed with everything in it at the end of the test.
+struct TempDir {
+  std::filesystem::path path;
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  // Writes `content` to `name` in the directory and returns its full path.
+  std::string Write(const std::string& name, const std::string& content) const;
+  std::string File(const std::string& name) const { return (path / name).string(); }
+};
+
+std::string ReadFile(const std::filesystem::path& path);
+
+struct RunResult {
+  int status = 0;
+  std::string console;  // what the run wrote to the screen
+  std::string log;      // the MainLog, when one was written
+};
+
+// Runs a session in this process. `keyboard` answers the one-key questions.
+RunResult RunInProcess(Session& s, const std::vector<std::string>& args,
+                       const std::string& keyboard = "");
+RunResult RunInProcess(const std::vector<std::string>& args, const std::string& keyboard = "");
+
+// Runs the quintor executable in `cwd` (the current directory when empty).
+struct ExeResult {
+  int status = -1;       // exit status; -1 when killed by a signal
+  bool signaled = false;
+  std::string output;    // stdout and stderr together
+};
+ExeResult RunExe(const std::vector<std::string>& args, const std::string& stdinText = "",
+                 const std::string& cwd = "");
+
+}  // namespace quintor::test
