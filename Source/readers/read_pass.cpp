@@ -143,39 +143,35 @@ void AddAtom(Session& s, int z, const Vec3& bohr) {
   xyz[k] = bohr;
 }
 
-void ReadPass(Session& s, LineReader& in) {
-  LineHandler handler;
-  int code = s.opt.formatCode;
-  if (code != -1) {
-    if (IsLineDriven(code)) {
-      s.log.Line(RequestedMessage(code));
-      handler = MakeLineHandler(s, in, code);
-    } else {
-      s.log.EndLine();
-      RunTakeOverReader(s, in, code);
-      FinishReadPass(s);
-      return;
-    }
-  }
-
+int DetectFormat(Session& s, LineReader& in) {
   std::string_view line;
   while (in.Next(line)) {
-    if (code == -1) {
-      const Banner* b = FindBanner(line);
-      if (!b) continue;
-      if (b->code == kLookAhead) b = &LookAheadForPcGamess(in);
-      s.log.Line(b->message);
-      code = s.opt.formatCode = b->code;
-      if (IsGaussian(code)) AnnounceOrientation(s);
-      if (IsLineDriven(code)) {
-        handler = MakeLineHandler(s, in, code);
-        continue;
-      }
-      RunTakeOverReader(s, in, code);
-      break;
-    }
-    if (code == 18) break;  // CFOUR has no reader: the pass ends with nothing read
-    handler(line);
+    const Banner* b = FindBanner(line);
+    if (!b) continue;
+    if (b->code == kLookAhead) b = &LookAheadForPcGamess(in);
+    s.log.Line(b->message);
+    s.opt.formatCode = b->code;
+    if (IsGaussian(b->code)) AnnounceOrientation(s);
+    return b->code;
+  }
+  return -1;
+}
+
+void ReadPass(Session& s, LineReader& in) {
+  int code = s.opt.formatCode;
+  if (code == -1) {
+    code = DetectFormat(s, in);
+  } else if (IsLineDriven(code)) {
+    s.log.Line(RequestedMessage(code));
+  }
+  if (code != -1 && !IsLineDriven(code)) {
+    s.log.EndLine();
+    RunTakeOverReader(s, in, code);
+  } else if (code != -1) {
+    LineHandler handler = MakeLineHandler(s, in, code);
+    std::string_view line;
+    // CFOUR has no reader: its first line after the banner ends the pass.
+    while (code != 18 && in.Next(line)) handler(line);
   }
   FinishReadPass(s);
 }

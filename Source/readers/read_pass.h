@@ -22,6 +22,11 @@ struct Banner {
 // The first banner that the line holds, in table order; nullptr for none.
 const Banner* FindBanner(std::string_view line);
 
+// Reads lines until one holds a banner; prints its message (and, for
+// Gaussian, the orientation in force), sets and returns the format code, and
+// leaves the reader behind the banner. -1 when the file ends first.
+int DetectFormat(Session& s, LineReader& in);
+
 // Readers that run inside the pass loop (Gaussian, GAMESS) get each line;
 // they may pull further lines from the reader inside a block.
 using LineHandler = std::function<void(std::string_view line)>;

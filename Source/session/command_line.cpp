@@ -7,6 +7,7 @@
 
 #include "numeric/fortran_io.h"
 #include "session/keyword_values.h"
+#include "session/words.h"
 
 namespace quintor {
 
@@ -219,11 +220,6 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
 }
 
 }  // namespace
-
-std::string CopyWord(std::string_view text) {
-  text = text.substr(0, std::min(text.find(' '), text.size()));
-  return std::string(text);
-}
 
 CommandLineAction ParseCommandLine(Session& s, const std::vector<std::string>& args) {
   for (const auto& a : args) {

@@ -23,7 +23,4 @@ CommandLineAction ParseCommandLine(Session& s, const std::vector<std::string>& a
 // The usage text of -h, --help and /?.
 std::string UsageText();
 
-// Copies a text up to its first blank.
-std::string CopyWord(std::string_view text);
-
 }  // namespace quintor

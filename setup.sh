@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs what is missing (Debian 12), builds Quintor into build/, and runs
+# the batch job on a bundled example.  Usage: ./setup.sh [--no-example]
+set -euo pipefail
+cd "$(dirname "$0")"
+
+packages=(cmake ninja-build g++ pkg-config libgtest-dev libfmt-dev liblapack-dev libopenblas-dev libgsl-dev)
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "Installing: ${missing[*]}"
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+  $sudo apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}"
+fi
+
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build build
+
+[ "${1:-}" = "--no-example" ] && exit 0
+
+# The batch job on the bundled example, in a scratch copy so that the
+# repository stays clean.
+out=build/example
+mkdir -p "$out"
+cp examples/ethanol_xtb.out "$out/"
+status=0
+(cd "$out" && ../bin/quintor ethanol_xtb.out /0 </dev/null >console.txt 2>&1) || status=$?
+echo
+echo "Batch run of examples/ethanol_xtb.out finished with exit status $status."
+echo "  executable : $(pwd)/build/bin/quintor"
+echo "  MainLog    : $(pwd)/$out/ethanol_xtb.mou"
+[ -f "$out/ethanol_xtb.tdo" ] && echo "  reduced masses report: $(pwd)/$out/ethanol_xtb.tdo"
+echo "  console    : $(pwd)/$out/console.txt"

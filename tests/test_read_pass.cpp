@@ -1,0 +1,266 @@
+// The read pass: banner detection on every real log, the GAMESS look-ahead,
+// the limits and the finishing stage.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "readers/read_pass.h"
+#include "test_support.h"
+
+using namespace quintor;
+using namespace quintor::test;
+
+namespace {
+
+struct Detected {
+  int code;
+  std::string log;
+};
+
+Detected Detect(const std::string& path) {
+  Session s;
+  LineReader in;
+  EXPECT_TRUE(in.Open(path)) << path;
+  Detected d;
+  d.code = DetectFormat(s, in);
+  TempDir dir;
+  s.log.Open(dir.File("x.mou"));
+  s.log.WritePending();
+  s.log.Close();
+  d.log = ReadFile(dir.File("x.mou"));
+  return d;
+}
+
+}  // namespace
+
+TEST(BannerDetection, EveryRealLogByFolder) {
+  const std::vector<std::tuple<std::string, int, std::string>> cases = {
+      {"gaussian98/h2_freq.log", 3, " Gaussian 98 detected"},
+      {"gaussian98/cu2_freq.log", 3, " Gaussian 98 detected"},
+      {"gaussian98/water_zmatrix_nosym.log", 3, " Gaussian 98 detected"},
+      {"gaussian03/dvb_ir.log", 10, " Gaussian 03 detected"},
+      {"gaussian03/dvb_raman.log", 10, " Gaussian 03 detected"},
+      {"gaussian03/anthracene_opt_freq.log", 10, " Gaussian 03 detected"},
+      {"gaussian03/dvb_gopt.log", 10, " Gaussian 03 detected"},
+      {"gaussian03/water_mp2.log", 10, " Gaussian 03 detected"},
+      {"gaussian09/benzene_freq.log", 16, " Gaussian 09 detected"},
+      {"gaussian09/bsl_opt_freq.log", 16, " Gaussian 09 detected"},
+      {"gaussian09/irc_point.log", 16, " Gaussian 09 detected"},
+      {"gaussian16/water_opt_freq.log", 16, " Gaussian 16 detected"},
+      {"gaussian16/co_opt_freq.log", 16, " Gaussian 16 detected"},
+      {"pcgamess/dvb_ir_v6.log", 0, " PC GAMESS v.6 detected"},
+      {"pcgamess/dvb_gopt_v6.log", 0, " PC GAMESS v.6 detected"},
+      {"pcgamess/cn_ir_v7.log", 15, " PC GAMESS v.7 detected"},
+      {"gamess-us/dvb_ir.log", 19, " GAMESS(US) detected"},
+      {"gamess-us/dvb_gopt.log", 19, " GAMESS(US) detected"},
+      {"gamess-us/nh3_ts_ir.log", 19, " GAMESS(US) detected"},
+      {"gamess-us2018/nh3_ts_ir.log", 19, " GAMESS(US) detected"},
+  };
+  for (const auto& [file, code, message] : cases) {
+    Detected d = Detect(TestData(file));
+    EXPECT_EQ(d.code, code) << file;
+    EXPECT_EQ(d.log.substr(0, message.size()), message) << file;
+  }
+}
+
+TEST(BannerDetection, TheXtbExampleIsGaussian98) {
+  Detected d = Detect(std::string(QUINTOR_TEST_INPUTS) + "/../../examples/ethanol_xtb.out");
+  EXPECT_EQ(d.code, 3);
+  EXPECT_EQ(d.log, " xtb g98.out detected\n");
+}
+
+TEST(BannerDetection, OrderOfTheTableAndLateBanners) {
+  EXPECT_EQ(FindBanner(" blah CFOUR blah")->code, 18);
+  EXPECT_EQ(FindBanner("   *                   QUINTOR v.2.5   *")->code, 9);
+  EXPECT_EQ(FindBanner("Priroda 9 (2005)")->message, " PRIRODA v.9 detected");
+  EXPECT_EQ(FindBanner("  This is part of the Gaussian 94(TM) system")->code, 1);
+  EXPECT_EQ(FindBanner(" GAMESS VERSION = 30 SEP 2018 (R3)")->code, 19);
+  EXPECT_EQ(FindBanner("no banner here"), nullptr);
+  // A PC GAMESS line wins over the new GAMESS(US) row by coming first.
+  EXPECT_EQ(FindBanner(" PC GAMESS version 7.0 GAMESS VERSION = x")->code, 15);
+
+  // A Gaussian 09 banner is found however far down it stands.
+  TempDir dir;
+  std::string text;
+  for (int i = 0; i < 5000; ++i) text += " some text of another program\n";
+  text += " This is part of the Gaussian(R) 09 program.\n";
+  Detected d = Detect(dir.Write("late.log", text));
+  EXPECT_EQ(d.code, 16);
+}
+
+TEST(BannerDetection, OrientationIsToldAfterGaussianMessages) {
+  TempDir dir;
+  std::string path = dir.Write("g.log", " This is part of the Gaussian(R) 98 program.\n");
+  for (auto [mode, line] : {std::pair{0, ""}, std::pair{1, " Input orientation will be used\n"},
+                            std::pair{2, " Z-matrix orientation will be used\n"}}) {
+    Session s;
+    s.opt.orientationMode = mode;
+    LineReader in;
+    in.Open(path);
+    DetectFormat(s, in);
+    s.log.Open(dir.File("g.mou"));
+    s.log.WritePending();
+    s.log.Close();
+    EXPECT_EQ(ReadFile(dir.File("g.mou")), std::string(" Gaussian 98 detected\n") + line);
+  }
+}
+
+namespace {
+// A "GAMESS VERSION =  6" line and, `gap` lines later, the PC GAMESS line.
+std::string LookAheadFile(int gap) {
+  std::string text = " header\n          *            GAMESS VERSION =  6 JUN 1999            *\n";
+  for (int i = 1; i < gap; ++i) text += " filler line " + std::to_string(i) + "\n";
+  text += "          *      PC GAMESS version 6.2, build number 2068      *\n";
+  text += " after the banner\n";
+  return text;
+}
+}  // namespace
+
+TEST(GamessLookAhead, PcGamessLineWithin100LinesIsReadOnWithoutRewinding) {
+  TempDir dir;
+  Session s;
+  LineReader in;
+  in.Open(dir.Write("pc6.log", LookAheadFile(30)));
+  EXPECT_EQ(DetectFormat(s, in), 0);
+  EXPECT_EQ(in.LineNumber(), 32);  // reading goes on from the PC GAMESS line
+  std::string_view next;
+  in.Next(next);
+  EXPECT_EQ(next, " after the banner");
+}
+
+TEST(GamessLookAhead, PcGamessLineAt101LinesIsGamessUSAfterRewind) {
+  TempDir dir;
+  Session s;
+  LineReader in;
+  in.Open(dir.Write("us6.log", LookAheadFile(101)));
+  EXPECT_EQ(DetectFormat(s, in), 0);
+  EXPECT_EQ(in.LineNumber(), 0);  // rewound to the first line
+  s.log.Open(dir.File("us6.mou"));
+  s.log.WritePending();
+  s.log.Close();
+  EXPECT_EQ(ReadFile(dir.File("us6.mou")), " GAMESS(US) version 6 detected\n");
+  // At exactly 100 lines the PC GAMESS line is still seen.
+  Session s2;
+  LineReader in2;
+  in2.Open(dir.Write("pc6b.log", LookAheadFile(100)));
+  EXPECT_EQ(DetectFormat(s2, in2), 0);
+  EXPECT_EQ(in2.LineNumber(), 102);
+}
+
+TEST(Limits, CycleLimitStopsAtTheGeometryBeyondIt) {
+  Session s;
+  std::ostringstream console;
+  s.console = &console;
+  s.opt.maxCycles = 2;
+  StartGeometry(s);  // set 0
+  StartGeometry(s);  // set 1
+  StartGeometry(s);  // set 2
+  try {
+    StartGeometry(s);  // the fourth makes iCyc 3
+    FAIL() << "no stop";
+  } catch (const RunStop& stop) {
+    EXPECT_EQ(stop.status, exit_status::Limit);
+  }
+  EXPECT_EQ(console.str(),
+            "\n Maximum number of cycles (  2) exceeded!\n Use /C<number> flag in the command string\n"
+            " to set maximum number of cycles to <number>.\n\n");
+}
+
+TEST(Limits, AtomLimitStopsAtAtom1911) {
+  Session s;
+  std::ostringstream console;
+  s.console = &console;
+  StartGeometry(s);
+  for (int i = 0; i < MaxAtoms; ++i) AddAtom(s, 6, Vec3{double(i), 0, 0});
+  EXPECT_EQ(s.nAtoms, 1910);
+  EXPECT_THROW(AddAtom(s, 6, Vec3{}), RunStop);
+  EXPECT_EQ(console.str(),
+            "\n Maximum number of atoms exceeded!\n"
+            " At the current build, the maximum number of atoms set to 1910.  Sorry...\n\n");
+  // Storage follows the atoms read, not the limit.
+  EXPECT_EQ(s.Set(0).xyz.size(), 1910u);
+  EXPECT_LT(s.Set(1).xyz.capacity(), 1u);
+}
+
+namespace {
+// A session with sets 0..n-1 filled by hand, then the finishing stage.
+std::string Finish(Session& s) {
+  TempDir dir;
+  s.log.Open(dir.File("f.mou"));
+  FinishReadPass(s);
+  s.log.Close();
+  return ReadFile(dir.File("f.mou"));
+}
+}  // namespace
+
+TEST(FinishingStage, MassesNamesAndCycleTable) {
+  Session s;
+  for (int k = 0; k < 3; ++k) {
+    StartGeometry(s);
+    AddAtom(s, 8, Vec3{0, 0, 0});
+    AddAtom(s, 1, Vec3{1.8, 0, 0});
+    AddAtom(s, 60, Vec3{0, 1.8, 0});
+    AddAtom(s, 90, Vec3{0, 0, 1.8});
+  }
+  s.Set(0).energy = -76.1;
+  s.Set(1).energy = -76.3;
+  s.Set(2).energy = 5.0e9;  // a reader's filler becomes 0
+  s.Set(0).gmax = 0.01, s.Set(1).gmax = 0.002, s.Set(2).gmax = 0.0;
+  s.Set(0).grms = 2.0e9;
+  std::string log = Finish(s);
+  EXPECT_EQ(s.atomName, (std::vector<std::string>{"O1", "H2", "XY3", "4"}));
+  EXPECT_DOUBLE_EQ(s.atomMass[1], 1.00782);  // the readers' table
+  EXPECT_DOUBLE_EQ(s.atomMass[2], 141.9077);
+  EXPECT_DOUBLE_EQ(s.molMass, 15.99491 + 1.00782 + 141.9077 + 232.0381);
+  EXPECT_EQ(s.elementCount[8], 1);
+  EXPECT_EQ(s.Set(2).energy, 0.0);
+  EXPECT_EQ(s.Set(0).grms, 999999.0);
+  EXPECT_NE(log.find("\n\n        ************ READING FROM INPUT FILE IS FINISHED ************\n"
+                     " Coordinate sets found:    2    Energies and gradients at each cycles:\n"
+                     " Step          Energy                     GMax                Grms\n" +
+                     std::string(70, '-') + "\n"
+                     "    0           -76.1000000000            0.010000       999999.000000\n"),
+            std::string::npos)
+      << log;
+  // The exact zero GMax of the last step is refused; the energy 0 is not lower.
+  EXPECT_NE(log.find(" Lowest Energy:  Step    1  Energy =        -76.30000000\n"
+                     " Lowest GMax  :  Step    1  GMax   =          0.002000\n"
+                     " Lowest GRms  :  Step    0  GRms   =     999999.000000\n"),
+            std::string::npos)
+      << log;
+  EXPECT_DOUBLE_EQ(s.electronicEnergy, -76.3);
+  EXPECT_NE(log.find(" Final coordinates (A) and atomic masses (AMU), for cycle:    2\n"), std::string::npos);
+  EXPECT_EQ(s.xyz.size(), 4u);
+}
+
+TEST(FinishingStage, MassesFromTheInputAndFromTheSpecificationFile) {
+  Session s;
+  StartGeometry(s);
+  AddAtom(s, 1, Vec3{});
+  AddAtom(s, 1, Vec3{1.4, 0, 0});
+  s.inputMass = {2.014, 2.014};  // one mass for every atom: they stand
+  Finish(s);
+  EXPECT_DOUBLE_EQ(s.molMass, 4.028);
+
+  Session t;
+  StartGeometry(t);
+  AddAtom(t, 1, Vec3{});
+  AddAtom(t, 1, Vec3{1.4, 0, 0});
+  t.inputMass = {2.014};  // not one for every atom: the table stands
+  t.specMassGiven = true;
+  t.specMass = {3.016};   // the SpecFile beats both; missing entries are 0
+  std::string log = Finish(t);
+  EXPECT_EQ(t.atomMass, (std::vector<double>{3.016, 0.0}));
+  EXPECT_NE(log.find("\n ATTENTION! Atomic masses are taken from the specification file!\n"), std::string::npos);
+}
+
+TEST(FinishingStage, OnlyPositiveEnergiesReportZeroAtStepZero) {
+  Session s;
+  for (int k = 0; k < 2; ++k) {
+    StartGeometry(s);
+    AddAtom(s, 2, Vec3{});
+    s.Set(k).energy = 1.5 + k;
+  }
+  std::string log = Finish(s);
+  EXPECT_NE(log.find(" Lowest Energy:  Step    0  Energy =          0.00000000"), std::string::npos);
+}

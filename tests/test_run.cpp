@@ -1,0 +1,189 @@
+// Whole runs: start-up, head of the MainLog, the no-coordinates question,
+// output names and exit statuses, in-process and as a separate process.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "session/command_line.h"
+#include "session/run.h"
+#include "test_support.h"
+
+using namespace quintor;
+using namespace quintor::test;
+namespace fs = std::filesystem;
+
+namespace {
+const std::string kNoBanner = " just some text\n 1.0 2.0 3.0\n";
+const std::string kGaussian98 = " Entering Gaussian System\n This is part of the Gaussian(R) 98 program.\n";
+}  // namespace
+
+TEST(RunStartUp, MissingInputUnderBatchMode) {
+  TempDir dir;
+  auto r = RunInProcess({dir.File("nofile.log"), "/0"});
+  EXPECT_EQ(r.status, exit_status::NoInput);
+  EXPECT_NE(r.console.find(" File " + dir.File("nofile.log") + " does not exist.\n"), std::string::npos) << r.console;
+  EXPECT_FALSE(fs::exists(dir.File("nofile.mou")));
+
+  r = RunInProcess({"/0"});  // "/0" as first argument is the file name
+  EXPECT_EQ(r.status, exit_status::NoInput);
+  r = RunInProcess({});
+  EXPECT_EQ(r.status, exit_status::NoInput);
+  r = RunInProcess({dir.path.string(), "/0"});  // a directory is no input
+  EXPECT_EQ(r.status, exit_status::NoInput);
+  EXPECT_NE(r.console.find("can not be read"), std::string::npos);
+}
+
+TEST(RunStartUp, HeadOfTheMainLog) {
+  TempDir dir;
+  std::string input = dir.Write("mol.log", kGaussian98);
+  auto r = RunInProcess({input, "/0", "/ORIENT3-1-2"}, "n");
+  EXPECT_EQ(r.status, exit_status::Ok);
+  const std::string& log = r.log;
+  EXPECT_EQ(log.find(std::string(13, ' ') + std::string(55, '*') + "\n"), 0u);
+  EXPECT_NE(log.find("             *                   QUINTOR v.2.5                     *\n"
+                     "             *               (build number  2155)                  *\n"),
+            std::string::npos);
+  // Every banner line is 55 characters between its 13 blanks and the line end.
+  size_t lines = 0;
+  for (size_t at = 0; at < log.find(" Input file"); at = log.find('\n', at) + 1, ++lines)
+    EXPECT_EQ(log.find('\n', at) - at, 68u) << log.substr(at, 80);
+  EXPECT_EQ(lines, 13u);
+  EXPECT_NE(log.find(" Input file              :" + input + "\n Output file             :" +
+                     dir.File("mol.mou") + "\n TD specifications file  :none\n"),
+            std::string::npos)
+      << log;
+  EXPECT_NE(log.find(" Current directory       :" + fs::current_path().string() + "/\n"), std::string::npos);
+  EXPECT_NE(log.find(" Configuration file      :"), std::string::npos);
+  EXPECT_NE(log.find(" The molecular geometry will be shown on screen as re-oriented:\n" + std::string(26, ' ') +
+                     "atom    3  will be placed to coordinate origin O,\n" + std::string(26, ' ') +
+                     "atom    1  will be placed on positive OX axis,\n" + std::string(26, ' ') +
+                     "atom    2  will be placed in 1st quadrant of OXY plane.\n"),
+            std::string::npos);
+  EXPECT_NE(log.find(" Input file format       : Gaussian 98 detected\n"), std::string::npos);
+}
+
+TEST(RunStartUp, SpecificationFileLines) {
+  TempDir dir;
+  std::string input = dir.Write("mol.log", kGaussian98);
+  auto r = RunInProcess({input, "/0", "/@" + dir.File("Missing.tdi")}, "n");
+  EXPECT_NE(r.log.find(" WARNING!!! Requested specification file not found: " + dir.File("Missing.tdi") + "\n"),
+            std::string::npos);
+  dir.Write("mol.tdi", "TT=300\n");
+  r = RunInProcess({input, "/0"}, "n");
+  EXPECT_NE(r.log.find(" Specification file      :" + dir.File("mol.tdi") + "\n"), std::string::npos);
+}
+
+TEST(RunStartUp, HomeDirectoryAndFragmentDatabase) {
+  TempDir home;
+  TempDir dir;
+  std::string input = dir.Write("mol.log", kGaussian98);
+  ::setenv("QUINTOR", home.path.c_str(), 1);
+  auto r = RunInProcess({input, "/0"}, "n");
+  EXPECT_NE(r.log.find(" Quintor home directory  :" + home.path.string() + "/\n"), std::string::npos);
+  EXPECT_NE(r.log.find(" Fragment database       :" + home.path.string() + "/Quintor.fdb\n"), std::string::npos);
+  EXPECT_NE(r.console.find(" Cannot find Fragment Database in the Quintor home directory: "), std::string::npos);
+  EXPECT_NE(r.console.find("\n New file will be created: "), std::string::npos);
+  home.Write("Quintor.fdb", "");
+  r = RunInProcess({input, "/0"}, "n");
+  EXPECT_EQ(r.console.find("Cannot find Fragment Database"), std::string::npos);
+  ::unsetenv("QUINTOR");
+  ::setenv("Quintor", home.path.c_str(), 1);  // the spelling of the Windows program
+  r = RunInProcess({input, "/0"}, "n");
+  EXPECT_NE(r.log.find(" Quintor home directory  :" + home.path.string() + "/\n"), std::string::npos);
+  ::unsetenv("Quintor");
+}
+
+TEST(NoCoordinates, QuestionAndAnswers) {
+  TempDir dir;
+  std::string input = dir.Write("plain.txt", kNoBanner);
+  const std::string question =
+      "\n Can not find molecular coordinates in the input file!\n"
+      " Check your file format or change the orientation flags (/i, /z...).\n"
+      " Exit? ([Y]/N) -->";
+  // End of input, Enter, Y or any other key ends the run.
+  for (std::string keys : {"", "\n", "y", "Y", "q"}) {
+    auto r = RunInProcess({input, "/0"}, keys);
+    EXPECT_EQ(r.status, exit_status::NoCoordinates) << "keys '" << keys << "'";
+    EXPECT_NE(r.console.find(question), std::string::npos);
+    // The MainLog keeps its head, with the open format line ended.
+    EXPECT_NE(r.log.find(" Input file format       :\n"), std::string::npos) << r.log;
+    EXPECT_EQ(r.log.find("READING FROM INPUT FILE IS FINISHED"), std::string::npos);
+  }
+  // N or n goes on with an empty molecule and ends through the normal end.
+  for (std::string keys : {"N", "n"}) {
+    auto r = RunInProcess({input, "/0"}, keys);
+    EXPECT_EQ(r.status, exit_status::Ok);
+    EXPECT_NE(r.log.find("READING FROM INPUT FILE IS FINISHED"), std::string::npos);
+    EXPECT_NE(r.log.find(" Coordinate sets found:    0"), std::string::npos);
+    EXPECT_NE(r.log.find("************ INTERACTIVE WORK IS FINISHED ************"), std::string::npos);
+  }
+}
+
+TEST(NoCoordinates, CfourIsRecognisedAndNotRead) {
+  TempDir dir;
+  std::string input = dir.Write("c4.out", " <<< CCCCCC  CFOUR >>>\n Standard orientation:\n");
+  auto r = RunInProcess({input, "/0"});
+  EXPECT_EQ(r.status, exit_status::NoCoordinates);
+  EXPECT_NE(r.log.find(" Input file format       : CFOUR detected\n"), std::string::npos);
+  EXPECT_NE(r.console.find(" Can not find molecular coordinates in the input file!"), std::string::npos);
+  r = RunInProcess({dir.Write("forced.out", "line\n"), "/0", "/CFOUR"});
+  EXPECT_EQ(r.status, exit_status::NoCoordinates);
+  EXPECT_NE(r.log.find(" Input file format       : CFOUR input requested\n"), std::string::npos);
+}
+
+TEST(OutputNames, RunOnItsOwnLogWritesBesideIt) {
+  TempDir dir;
+  const std::string content = kGaussian98;
+  std::string input = dir.Write("x.mou", content);
+  auto r = RunInProcess({input, "/0"}, "n");
+  EXPECT_EQ(r.status, exit_status::Ok);
+  EXPECT_EQ(ReadFile(input), content);  // never written
+  EXPECT_TRUE(fs::exists(dir.File("x.mou1")));
+  // a.b.c logs to a.b.mou
+  std::string abc = dir.Write("a.b.c", content);
+  Session s;
+  RunInProcess(s, {abc, "/0"}, "n");
+  EXPECT_EQ(s.files.logName, dir.File("a.b.mou"));
+  EXPECT_EQ(s.files.baseName, dir.File("a"));
+  EXPECT_EQ(s.files.tdoName, dir.File("a.b.tdo"));
+  EXPECT_EQ(s.files.specName, dir.File("a.b.tdi"));
+}
+
+TEST(OutputNames, NoLogKeepsNoFile) {
+  TempDir dir;
+  std::string input = dir.Write("mol.log", kGaussian98);
+  Session s;
+  auto r = RunInProcess(s, {input, "/0", "/NOLOG"}, "n");
+  EXPECT_EQ(r.status, exit_status::Ok);
+  EXPECT_FALSE(fs::exists(dir.File("mol.mou")));
+  EXPECT_FALSE(s.files.scratchLog.empty());
+  EXPECT_FALSE(fs::exists(s.files.scratchLog));
+}
+
+TEST(ExitStatus, SeparateProcessNeverDiesOnASignal) {
+  TempDir dir;
+  std::string input = dir.Write("mol.log", kGaussian98);
+  struct Case {
+    std::vector<std::string> args;
+    std::string keys;
+    int status;
+    std::string text;
+  };
+  const std::vector<Case> cases = {
+      {{"--help"}, "", 0, "/c<N> - set maximum number of cycles (geometries) to N (defailt N=300)"},
+      {{"--version"}, "", 0, "QUINTOR v.2.5 (build number 2155)"},
+      {{input, "/0"}, "", exit_status::NoCoordinates, "Exit? ([Y]/N) -->"},
+      {{input, "/0"}, "n", exit_status::Ok, ""},
+      {{dir.File("none.log"), "/0"}, "", exit_status::NoInput, "does not exist."},
+      {{input, "/0", "/TTwarm"}, "", exit_status::ReadError, "option /TT"},
+      {{input, "/0", "/C1x"}, "", exit_status::ReadError, "\"1X\""},
+  };
+  for (const auto& c : cases) {
+    ExeResult r = RunExe(c.args, c.keys, dir.path.string());
+    EXPECT_FALSE(r.signaled);
+    EXPECT_EQ(r.status, c.status) << c.args.back() << "\n" << r.output;
+    EXPECT_NE(r.output.find(c.text), std::string::npos) << r.output;
+  }
+  EXPECT_EQ(ReadFile(input), kGaussian98);
+}
