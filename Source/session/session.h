@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "session/config_file.h"
 #include "session/main_log.h"
 
 namespace quintor {
@@ -152,6 +153,7 @@ struct RunFiles {
 struct Session {
   Options opt;
   RunFiles files;
+  InputPattern pattern;               // configuration pattern and GXYZ template
 
   // ---- Molecule -----------------------------------------------------------
   int nAtoms = 0;
