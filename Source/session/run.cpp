@@ -12,6 +12,8 @@
 #include "readers/read_pass.h"
 #include "session/command_line.h"
 #include "session/file_names.h"
+#include "session/spec_file.h"
+#include "viewer/view_model.h"
 
 namespace quintor {
 
@@ -154,6 +156,11 @@ bool StartUp(Session& s, LineReader& in, int& status) {
     s.log.Line(pad + "atom" + FmtI(s.opt.orientAtoms[2], 5) + "  will be placed in 1st quadrant of OXY plane.");
   }
   s.log.Text(" Input file format       :");
+
+  if (Exists(f.specName)) {
+    LineReader spec;
+    if (spec.Open(f.specName)) ReadSpecFile(s, spec);
+  }
   return true;
 }
 
@@ -164,14 +171,6 @@ int Stop(Session& s, int status) {
 }
 
 }  // namespace
-
-int EndRun(Session& s) {
-  s.log.EndLine();
-  s.log.Line();
-  s.log.Line("          ************ INTERACTIVE WORK IS FINISHED ************");
-  s.log.Close(s.opt.noLog);
-  return exit_status::Ok;
-}
 
 int RunQuintor(Session& s, const std::vector<std::string>& args) {
   LineReader in;
@@ -190,6 +189,7 @@ int RunQuintor(Session& s, const std::vector<std::string>& args) {
     if (!StartUp(s, in, status)) return Stop(s, status);
     ReadPass(s, in);
     in.Close();
+    s.view = StartingView(s.opt);  // under /0 the view is never touched
     return EndRun(s);
   } catch (const FatalReadError& e) {
     s.Console() << e.what() << "\n";

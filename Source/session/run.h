@@ -13,6 +13,10 @@ namespace quintor {
 // answers come from s.keyboard.
 int RunQuintor(Session& s, const std::vector<std::string>& args);
 
+// The last view written to the MainLog at the end of the interactive work;
+// once per run.
+void FinishLog(Session& s);
+
 // Normal end of the run: last view, evaluation, closing the files. Returns
 // the exit status 0.
 int EndRun(Session& s);

@@ -11,6 +11,7 @@
 
 #include "session/config_file.h"
 #include "session/main_log.h"
+#include "viewer/view_state.h"
 
 namespace quintor {
 
@@ -185,9 +186,16 @@ struct Session {
   // ---- Modes, rotations ---------------------------------------------------------
   std::vector<VibMode> modes;
   int nImag = 0;
-  std::vector<int> zeroModes;
+  std::vector<int> zeroModes;         // ZERO list of the SpecFile, as given
+  int nZero = 0;                      // its non-zero entries
   std::vector<IntRot> rotors;
+  std::vector<int> excludeAtoms;      // EXCLUDEATOMS of the SpecFile
+  std::string rotationPattern;        // PATTERN of the SpecFile: header of generated coordinates
   double intensityFactor = 1.0;       // for showing intensities
+
+  // ---- View ---------------------------------------------------------------------
+  ViewState view;
+  bool finishLogDone = false;
 
   // ---- Where the messages go --------------------------------------------------
   MainLog log;

@@ -1,0 +1,19 @@
+// The thermodynamic specification file (".tdi"): temperature, pressure,
+// scaling, zero modes, internal rotations with their groups, axes and
+// barriers, excluded atoms and replacement masses.
+#pragma once
+
+#include "readers/line_reader.h"
+#include "session/session.h"
+
+namespace quintor {
+
+// Reads the open SpecFile into the Session. A number that can not be read,
+// or the end of the file inside a READP table, throws FatalReadError.
+void ReadSpecFile(Session& s, LineReader& in);
+
+// A line for the StatusWindow; there is none under /0, and no window yet in
+// this build, so the text goes to the console unless the run is in batch mode.
+void StatusMessage(Session& s, std::string_view text);
+
+}  // namespace quintor

@@ -1,0 +1,40 @@
+// How the molecule stands on the screen: the rotation from the molecular
+// (moving) frame to the laboratory (fixed) frame, the shifts and the zoom.
+// Plain arithmetic, with no dependence on a window system.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "session/session.h"
+#include "viewer/view_state.h"
+
+namespace quintor {
+
+// R = Rx(alp) Ry(bet) Rz(gam).
+Mat3 BuildViewMatrix(double alp, double bet, double gam);
+// The angles of BuildViewMatrix back from a matrix.
+void ExtractViewAngles(const Mat3& r, double& alp, double& bet, double& gam);
+double PerspectiveFactor(const ViewState& v, double z);
+// Turns the view about a screen axis: the first non-zero angle of aboutZ,
+// aboutY, aboutX; all zero repeats the last rotation.
+void RotateView(ViewState& v, double aboutZ, double aboutY, double aboutX);
+void ResetView(ViewState& v);
+
+Vec3 LabCoords(const ViewState& v, const Vec3& molecular);
+Vec3 ScreenCoords(const ViewState& v, const Vec3& molecular);
+
+// The view before the interactive stage: identity, /V angles and shifts, or
+// the "Last view parameters:" block of a file named by /V@.
+ViewState StartingView(const Options& opt);
+
+// Reads the "Last view parameters:" block of a MainLog into `v`. False (and
+// `v` unchanged) when the file or the block is missing.
+bool ReadViewFile(const std::string& path, ViewState& v);
+
+// The view angles printed at the end of the interactive work, in degrees:
+// the middle one from R(3,3) by arc cosine, the others by arc tangents.
+Vec3 FinalViewAngles(const Mat3& r);
+
+}  // namespace quintor
