@@ -1,10 +1,428 @@
 // Reader of Gaussian 94/98/03/09 logs (and Gaussian 16, xtb's g98.out).
+//
+// The reader is line-driven: the read pass hands it every line, and it pulls
+// further lines itself only inside a block (a geometry, a mode block, the
+// high-accuracy summary). Every anchor is a plain substring search; a cheap
+// scan of the line for the characters the anchors carry decides which of the
+// searches can hit at all, so that most lines of a long log cost one pass
+// over their characters.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "numeric/fortran_io.h"
+#include "numeric/jacobi.h"
+#include "readers/elements.h"
 #include "readers/readers.h"
 
 namespace quintor {
 
+namespace {
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+// Columns first..first+width-1 (1-based); what lies beyond the line reads blank.
+std::string_view Cols(std::string_view line, int first, int width) {
+  size_t b = static_cast<size_t>(first - 1);
+  if (b >= line.size()) return {};
+  return line.substr(b, static_cast<size_t>(width));
+}
+
+bool AllBlank(std::string_view s) {
+  for (char c : s)
+    if (!IsBlank(c)) return false;
+  return true;
+}
+
+// Classes of the characters that the anchors carry; a line is searched only
+// for the anchors whose class it holds.
+enum : unsigned char {
+  kColon = 1,  // "... orientation:", "SCF Done:"
+  kEqual = 2,  // " Multiplicity =", "EUMP2 =", " Enthalpy="
+  kForce = 4,  // "Maximum Force", "RMS     Force"
+  kStar = 8,   // "armonic frequencies (cm**-1),"
+  kMass = 16,  // " has atomic number" ... "and mass"
+};
+
+constexpr std::array<unsigned char, 256> MakeClassTable() {
+  std::array<unsigned char, 256> t{};
+  t[static_cast<unsigned char>(':')] = kColon;
+  t[static_cast<unsigned char>('=')] = kEqual;
+  t[static_cast<unsigned char>('F')] = kForce;
+  t[static_cast<unsigned char>('*')] = kStar;
+  t[static_cast<unsigned char>('b')] = kMass;
+  return t;
+}
+constexpr std::array<unsigned char, 256> kClass = MakeClassTable();
+
+unsigned Classes(std::string_view line) {
+  unsigned mask = 0;
+  for (char c : line) mask |= kClass[static_cast<unsigned char>(c)];
+  return mask;
+}
+
+// One thermochemistry summary of a high-accuracy method.
+struct SummaryKind {
+  std::string_view name;   // "G3", "G4", "CBS"
+  int first1, width1;      // columns of the two values of a row
+  int first2, width2;
+  int rule;                 // length of the rule of asterisks
+};
+constexpr SummaryKind kG3{"G3", 18, 20, 58, 20, 78};
+constexpr SummaryKind kG4{"G4", 18, 20, 58, 20, 78};
+constexpr SummaryKind kCbs{"CBS", 22, 18, 61, 20, 76};
+
+struct GaussianReader {
+  Session& s;
+  LineReader& in;
+
+  // Columns that depend on the version of the program.
+  int zCol = 15;        // nuclear number, 2 columns
+  int xyzCol = 35;      // X, Y, Z, 12 columns each
+  int massCol = 39;     // atomic mass, 10 columns
+  int dispSkip = 10;    // columns before the displacements of a mode row
+  int headSkip = 2;     // lines after the "Harmonic frequencies" line
+
+  // Masses read: the first block of the file stands; -1 after asterisks or
+  // NaN, and then no mass of the file is believed.
+  int massCount = 0;
+  // Translations and rotations before the first vibration: 6, 5 if linear.
+  int modeBase = 0;
+
+  // Values of the high-accuracy summary. They are kept from one summary to
+  // the next, so that a summary with rows missing shows what stood before.
+  double temperature = 0.0, pressure = 0.0, zpe = 0.0, zpeSecond = 0.0;
+  double e0 = 0.0, eU = 0.0, eH = 0.0, eG = 0.0;
+
+  GaussianReader(Session& session, LineReader& reader) : s(session), in(reader) {
+    switch (s.opt.formatCode) {
+      case 1:  // Gaussian 94 had no atomic-type column
+        xyzCol = 24;
+        break;
+      case 10:
+        headSkip = 3;
+        break;
+      case 16:
+        zCol = 17;
+        massCol = 42;
+        dispSkip = 12;
+        break;
+      default:
+        break;
+    }
+  }
+
+  bool NoEnergies() const { return s.opt.noEnergies || !s.opt.readEnergies; }
+
+  // A fixed-column real; a field that can not be read stops the run.
+  double Real(std::string_view line, int first, int width, int decimals, const char* field) {
+    if (auto v = ParseFortranReal(Cols(line, first, width), decimals)) return *v;
+    return ReadFixedReal(line, first, width, decimals, PlaceIn(in, field));
+  }
+  long long Int(std::string_view line, int first, int width, const char* field) {
+    if (auto v = ParseFortranInt(Cols(line, first, width))) return *v;
+    return ReadFixedInt(line, first, width, PlaceIn(in, field));
+  }
+  // A real in a field of a mode row. Later revisions of Gaussian 09 and
+  // Gaussian 16 print these rows one column further right, so a number that
+  // runs on past the end of its field is read to its last digit.
+  double RowReal(std::string_view line, int first, const char* field) {
+    int width = 10;
+    while (static_cast<size_t>(first - 1 + width) < line.size() && !IsBlank(line[first - 1 + width])) ++width;
+    return Real(line, first, width, 4, field);
+  }
+
+  void operator()(std::string_view line) {
+    unsigned cls = Classes(line);
+    if (cls == 0) return;
+
+    if (cls & kEqual) {
+      if (s.opt.multiplicity == -1 && Contains(line, " Multiplicity ="))
+        s.opt.multiplicity = static_cast<int>(Int(line, 28, 2, "multiplicity"));
+    }
+    if (cls & kColon) {
+      std::string_view heading = s.opt.orientationMode == 1   ? "Input orientation:"
+                                 : s.opt.orientationMode == 2 ? "Z-Matrix orientation:"
+                                                              : "Standard orientation:";
+      if (Contains(line, heading)) {
+        ReadGeometry(line);
+        return;  // the block has read past this line
+      }
+      if (Contains(line, "SCF Done:")) ScfDone(line);
+    }
+    if ((cls & kEqual) && !NoEnergies() && Contains(line, "EUMP2 ="))
+      s.Set(s.iCyc).energy = Real(line, 36, 30, 0, "EUMP2 energy");
+    if (cls & kForce) {
+      if (!NoEnergies() && Contains(line, "Maximum Force")) s.Set(s.iCyc).gmax = ForceNorm(line, "Maximum Force");
+      if (!NoEnergies() && Contains(line, "RMS     Force")) s.Set(s.iCyc).grms = ForceNorm(line, "RMS Force");
+    }
+    if ((cls & kMass) && massCount >= 0 && massCount < s.nAtoms && Contains(line, " has atomic number") &&
+        Contains(line, "and mass"))
+      Mass(line);
+    if ((cls & kStar) && Contains(line, "armonic frequencies (cm**-1),")) {
+      ReadModes();
+      return;
+    }
+    if ((cls & kEqual) && Contains(line, " Enthalpy=") && Contains(line, " Free Energy=")) {
+      if (Contains(line, "G3")) {
+        Summary(kG3);
+        return;
+      }
+      if (Contains(line, "G4")) {
+        Summary(kG4);
+        return;
+      }
+      if (Contains(line, "CBS")) {
+        Summary(kCbs);
+        return;
+      }
+    }
+  }
+
+  // ---- Energies and gradients ------------------------------------------------
+
+  void ScfDone(std::string_view line) {
+    CoordSet& set = s.Set(s.iCyc);
+    if (!NoEnergies()) {
+      if (Contains(line, "SCF Done:  E(RHF) =")) set.energy = Real(line, 22, 17, 0, "SCF energy");
+      if (Contains(line, "SCF Done:  E(UHF) =")) set.energy = Real(line, 21, 16, 0, "SCF energy");
+      if (Contains(line, "SCF Done:  E(RB+HF-LYP)")) set.energy = Real(line, 28, 17, 0, "SCF energy");
+    }
+    // Any method: the number between the "=" (or the ")") and "A.U.". This
+    // one is taken also under /NOE.
+    size_t au = line.find("A.U.");
+    if (au == std::string_view::npos) return;
+    size_t from = line.find('=');
+    if (from == std::string_view::npos) from = line.find(')');
+    if (from == std::string_view::npos || from >= au) return;
+    std::string_view text = line.substr(from + 1, au - from - 1);
+    if (auto v = ReadFreeReal(text, PlaceIn(in, "SCF energy"))) set.energy = *v;
+  }
+
+  double ForceNorm(std::string_view line, const char* field) {
+    if (Contains(line, "********") || Contains(line, "NaN")) return 0.0;
+    return Real(line, 22, 13, 0, field);
+  }
+
+  // ---- Masses -------------------------------------------------------------------
+
+  void Mass(std::string_view line) {
+    // Asterisks are looked for in columns 39-48, and also in the mass field
+    // itself, which Gaussian 09 prints three columns further right.
+    if (Cols(line, 39, 10) == "**********" || Contains(Cols(line, massCol, 10), "*") || Contains(line, "NaN")) {
+      massCount = -1;
+      s.inputMass.clear();  // the table gives every mass
+      return;
+    }
+    double m = Real(line, massCol, 10, 0, "atomic mass");
+    ++massCount;
+    s.inputMass.resize(static_cast<size_t>(massCount));
+    s.inputMass[static_cast<size_t>(massCount - 1)] = m;
+  }
+
+  // ---- Geometry block ---------------------------------------------------------------
+
+  void ReadGeometry(std::string_view heading) {
+    StartGeometry(s);
+    s.log.Line();
+    s.log.Line(" Step =" + FmtI(s.iCyc, 5));
+    s.log.Line(TrimRight(heading));
+    std::string_view line;
+    for (int k = 0; k < 4; ++k) {
+      if (!in.Next(line)) return;
+      s.log.Line(TrimRight(line));
+    }
+    while (in.Next(line)) {
+      s.log.Line(TrimRight(line));
+      if (Contains(line, "-----") || Contains(line, ".....") || AllBlank(Cols(line, 1, 15))) break;
+      int z = static_cast<int>(Int(line, zCol, 2, "nuclear number"));
+      if (z == -1) z = 99;  // a dummy atom
+      Vec3 r;
+      for (int k = 0; k < 3; ++k)
+        r[k] = Real(line, xyzCol + 12 * k, 12, 6, "coordinate") * constants::AngstromToBohr;
+      AddAtom(s, z, r);
+    }
+    if (s.iCyc == 0 && s.nAtoms > 0) s.Set(-1) = s.Set(0);  // the starting geometry
+  }
+
+  // ---- Mode block --------------------------------------------------------------------
+
+  // Linear when the two larger principal moments agree and the third is zero.
+  bool IsLinear(const std::vector<double>& mass) const {
+    const auto& xyz = s.Set(s.iCyc).xyz;
+    const size_t n = std::min(mass.size(), xyz.size());
+    double total = 0.0;
+    Vec3 c{0.0, 0.0, 0.0};
+    for (size_t i = 0; i < n; ++i) {
+      total += mass[i];
+      for (int k = 0; k < 3; ++k) c[k] += mass[i] * xyz[i][k];
+    }
+    if (total != 0.0)
+      for (int k = 0; k < 3; ++k) c[k] /= total;
+    std::vector<std::vector<double>> t(3, std::vector<double>(3, 0.0));
+    for (size_t i = 0; i < n; ++i) {
+      double x = xyz[i][0] - c[0], y = xyz[i][1] - c[1], z = xyz[i][2] - c[2];
+      double m = mass[i];
+      t[0][0] += m * (y * y + z * z);
+      t[1][1] += m * (x * x + z * z);
+      t[2][2] += m * (x * x + y * y);
+      t[0][1] -= m * x * y;
+      t[0][2] -= m * x * z;
+      t[1][2] -= m * y * z;
+    }
+    t[1][0] = t[0][1];
+    t[2][0] = t[0][2];
+    t[2][1] = t[1][2];
+    Eigensystem e = Jacobi(std::move(t), -1);  // descending: I1 >= I2 >= I3
+    const auto& I = e.values;
+    return std::fabs(I[0] - I[1]) < 0.001 && std::fabs(I[2]) < 0.001;
+  }
+
+  // The high-precision block (HPModes) comes before the ordinary one, which
+  // carries the same modes; its rows are passed over.
+  static bool IsHighPrecisionRow(std::string_view line) {
+    return Contains(line, "Frequencies ---") || Contains(line, "Coord Atom Element:");
+  }
+
+  void ReadModes() {
+    if (!s.opt.readFrequencies) return;
+    const int n = s.nAtoms;
+    const size_t un = static_cast<size_t>(n);
+
+    // Masses of the linearity test: those read, else the table.
+    std::vector<double> mass(un);
+    for (size_t i = 0; i < un; ++i) {
+      int z = i < s.atomicNumber.size() ? s.atomicNumber[i] : 0;
+      mass[i] = (massCount > 0 && i < s.inputMass.size()) ? s.inputMass[i] : DefaultMass(z);
+    }
+    modeBase = IsLinear(mass) ? 5 : 6;
+
+    if (!in.Skip(headSkip)) return Cancel();
+    const int nVib = 3 * n - modeBase;
+    if (nVib <= 0) return Cancel();
+    const int nBlocks = (nVib + 2) / 3;
+
+    // The block is built aside: a cut block cancels all modes, a good one
+    // replaces whatever an earlier block gave.
+    std::vector<VibMode> modes(static_cast<size_t>(3 * n));
+    for (auto& m : modes) m.disp.assign(un, Vec3{0.0, 0.0, 0.0});
+
+    int count = modeBase;
+    std::string_view line;
+    for (int b = 0; b < nBlocks; ++b) {
+      const int cols = (b == nBlocks - 1 && nVib % 3 != 0) ? nVib % 3 : 3;
+      if (!in.Skip(2)) return Cancel();  // mode numbers and symmetries
+      bool atomHeading = false;
+      while (in.Next(line)) {
+        line = line.substr(0, 80);
+        if (n > 0 && Contains(line, "Atom ") && Contains(line, " AN ")) {
+          atomHeading = true;
+          break;
+        }
+        if (IsHighPrecisionRow(line)) return;  // the ordinary block follows
+        double VibMode::*field = nullptr;
+        const char* name = nullptr;
+        if (Contains(line, "Freq")) field = &VibMode::freq, name = "frequency";
+        else if (Contains(line, "Red.mass") || Contains(line, "Red. mass")) field = &VibMode::redMass, name = "reduced mass";
+        else if (Contains(line, "Frc cons")) field = &VibMode::forceConst, name = "force constant";
+        else if (s.opt.raman ? Contains(line, "Raman Ac") : Contains(line, "IR Inten"))
+          field = &VibMode::intensity, name = "intensity";
+        if (!field) continue;
+        for (int k = 0; k < cols; ++k) modes[static_cast<size_t>(count + k)].*field = RowReal(line, 17 + 23 * k, name);
+      }
+      if (!atomHeading) return Cancel();
+      for (size_t a = 0; a < un; ++a) {
+        if (!in.Next(line)) return Cancel();
+        for (int k = 0; k < cols; ++k) {
+          Vec3& d = modes[static_cast<size_t>(count + k)].disp[a];
+          for (int j = 0; j < 3; ++j) d[j] = Real(line, dispSkip + 1 + 23 * k + 7 * j, 7, 2, "displacement");
+        }
+      }
+      count += cols;
+    }
+    s.modes = std::move(modes);
+  }
+
+  void Cancel() {
+    modeBase = 0;
+    s.modes.clear();
+  }
+
+  // ---- High-accuracy thermochemistry summary ---------------------------------------
+
+  void Summary(const SummaryKind& kind) {
+    const std::string rule(static_cast<size_t>(kind.rule), '*');
+    s.log.Line();
+    s.log.Line();
+    s.log.Line(rule);
+    s.log.Line(" ");
+    s.log.Line("         High-accuracy thermochemistry calculation results found ");
+    s.log.Line(FmtX(36) + std::string(kind.name));
+    s.log.Line(rule);
+    s.log.Line();
+
+    // Back ten lines: the rows of the summary stand above this one.
+    long back = std::max(0L, in.LineNumber() - 10);
+    in.Rewind();
+    in.Skip(static_cast<int>(back));
+    int state = 1;
+    std::string_view raw;
+    while (state < 3 && in.Next(raw)) {
+      std::string_view line = raw.substr(0, 80);
+      auto two = [&](double& a, double& b, const char* field) {
+        a = Real(line, kind.first1, kind.width1, 0, field);
+        b = Real(line, kind.first2, kind.width2, 0, field);
+      };
+      if (Contains(line, "Temperature=")) {
+        two(temperature, pressure, "temperature and pressure");
+        state = 2;
+      }
+      if (Contains(line, "E(ZPE)=")) two(zpe, zpeSecond, "zero-point energy");
+      if (Contains(line, "(0 K)=")) two(e0, eU, "energy at 0 K");
+      if (Contains(line, " Enthalpy=")) {
+        two(eH, eG, "enthalpy and free energy");
+        state = 3;
+      } else if (state == 2) {
+        s.log.Line(TrimRight(raw));
+      }
+    }
+
+    s.electronicEnergy = e0 - zpe;
+    s.electronicEnergyFromSummary = s.electronicEnergy != 0.0;
+
+    const std::string_view n = kind.name;
+    auto row = [&](const std::string& label, double v) { s.log.Line(label + FmtF(v, 20, 6)); };
+    row(" T, K                    =", temperature);
+    row(" P, atm                  =", pressure);
+    if (n == "CBS") {
+      row(" E     (CBS(0K)-E(ZPE) ) =", e0 - zpe);
+      row(" E+ZPE (CBS(0K)        ) =", e0);
+      row(" E+U(T)(CBS energy)    ) =", eU);
+      row(" E+H(T)(CBS enthalpy   ) =", eH);
+      row(" E+G(T)(CBS free energy) =", eG);
+    } else {
+      const std::string m(n);
+      row(" E     (" + m + "(0K)-E(ZPE) )  =", e0 - zpe);
+      row(" E+ZPE (" + m + "(0K)        )  =", e0);
+      row(" E+U(T)(" + m + " energy     )  =", eU);
+      row(" E+H(T)(" + m + " enthalpy   )  =", eH);
+      row(" E+G(T)(" + m + " free energy)  =", eG);
+    }
+    s.log.Line();
+    s.log.Line(rule);
+    s.log.Line();
+  }
+};
+
+}  // namespace
+
 LineHandler MakeGaussianReader(Session& s, LineReader& in) {
-  return [](std::string_view) {};
+  auto reader = std::make_shared<GaussianReader>(s, in);
+  return [reader](std::string_view line) { (*reader)(line); };
 }
 
 }  // namespace quintor

@@ -1,0 +1,704 @@
+// The Gaussian log reader: every real log of the test data, read as a whole
+// run, against values parsed here independently from the same log; then the
+// options that change what is read (/I, /Z, /NOE, /RAMAN), and logs made
+// from the real ones with one thing changed (a second mode block, a cut
+// block, asterisks in masses and forces, a bad field) or written out here
+// (dummy atoms, a linear triatomic, the G3/G4/CBS summaries).
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "numeric/fortran_io.h"
+#include "readers/elements.h"
+#include "test_support.h"
+
+using namespace quintor;
+using namespace quintor::test;
+
+namespace {
+
+// ---- What the log says, parsed by words ------------------------------------
+
+struct Printed {
+  int sets = 0;
+  std::vector<double> energy, gmax, grms;  // per orientation block
+  std::vector<double> freq, redMass, forceConst, ir, raman;  // the last ordinary mode block
+  std::vector<std::vector<std::array<double, 3>>> disp;    // [mode][atom], see ParseDisplacements
+  std::vector<double> masses;               // every mass line, in order
+  int multiplicity = -1;
+};
+
+std::vector<std::string> Words(const std::string& s) {
+  std::istringstream is(s);
+  std::vector<std::string> w;
+  for (std::string x; is >> x;) w.push_back(x);
+  return w;
+}
+
+double Num(std::string t) {
+  for (char& c : t)
+    if (c == 'D' || c == 'd') c = 'E';
+  return std::stod(t);
+}
+
+// The values after "--" of a mode row.
+std::vector<double> RowValues(const std::string& line) {
+  std::vector<double> v;
+  for (const auto& w : Words(line.substr(line.find("--") + 2))) v.push_back(Num(w));
+  return v;
+}
+
+Printed ParseLog(const std::string& path, const std::string& heading, bool noEnergies = false) {
+  std::ifstream f(path);
+  Printed p;
+  std::string line;
+  while (std::getline(f, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.find(heading) != std::string::npos) {
+      ++p.sets;
+      p.energy.push_back(0.0);
+      p.gmax.push_back(999999.0);
+      p.grms.push_back(999999.0);
+    }
+    int cur = p.sets - 1;
+    if (p.multiplicity == -1 && line.find("Multiplicity =") != std::string::npos)
+      p.multiplicity = std::stoi(line.substr(line.find("Multiplicity =") + 14));
+    if (cur >= 0 && line.find("SCF Done:") != std::string::npos && line.find("A.U.") != std::string::npos)
+      p.energy[cur] = Num(Words(line.substr(line.find('=') + 1))[0]);
+    if (cur >= 0 && !noEnergies && line.find("EUMP2 =") != std::string::npos)
+      p.energy[cur] = Num(Words(line.substr(line.find("EUMP2 =") + 7))[0]);
+    if (cur >= 0 && !noEnergies && line.find("Maximum Force") != std::string::npos) p.gmax[cur] = Num(Words(line)[2]);
+    if (cur >= 0 && !noEnergies && line.find("RMS     Force") != std::string::npos) p.grms[cur] = Num(Words(line)[2]);
+    if (line.find(" has atomic number") != std::string::npos) p.masses.push_back(Num(Words(line).back()));
+    if (line.find("armonic frequencies") != std::string::npos) {
+      p.freq.clear(), p.redMass.clear(), p.forceConst.clear(), p.ir.clear(), p.raman.clear();
+    }
+    if (line.find("Frequencies --") != std::string::npos && line.find("---") == std::string::npos) {
+      auto v = RowValues(line);
+      p.freq.insert(p.freq.end(), v.begin(), v.end());
+    }
+    if (line.find("Red. masses --") != std::string::npos) {
+      auto v = RowValues(line);
+      p.redMass.insert(p.redMass.end(), v.begin(), v.end());
+    }
+    if (line.find("Frc consts  --") != std::string::npos) {
+      auto v = RowValues(line);
+      p.forceConst.insert(p.forceConst.end(), v.begin(), v.end());
+    }
+    if (line.find("IR Inten    --") != std::string::npos) {
+      auto v = RowValues(line);
+      p.ir.insert(p.ir.end(), v.begin(), v.end());
+    }
+    if (line.find("Raman Activ --") != std::string::npos) {
+      auto v = RowValues(line);
+      p.raman.insert(p.raman.end(), v.begin(), v.end());
+    }
+  }
+  return p;
+}
+
+// The displacement rows follow each "Atom AN" line, one per atom.
+void ParseDisplacements(const std::string& path, int nAtoms, Printed& p) {
+  std::ifstream f(path);
+  std::vector<std::string> lines;
+  for (std::string l; std::getline(f, l);) {
+    if (!l.empty() && l.back() == '\r') l.pop_back();
+    lines.push_back(l);
+  }
+  p.disp.assign(p.freq.size(), {});
+  int mode = 0, inBlock = 0;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    const std::string& l = lines[i];
+    if (l.find("armonic frequencies") != std::string::npos) mode = 0, inBlock = 0;
+    if (l.find("Frequencies --") != std::string::npos && l.find("---") == std::string::npos) {
+      mode += inBlock;
+      inBlock = static_cast<int>(RowValues(l).size());
+    }
+    if (inBlock > 0 && l.find("Atom") != std::string::npos && l.find(" AN ") != std::string::npos) {
+      for (int a = 0; a < nAtoms; ++a) {
+        auto w = Words(lines[i + 1 + static_cast<size_t>(a)]);
+        for (int k = 0; k < inBlock; ++k)
+          p.disp[static_cast<size_t>(mode + k)].push_back(
+              {Num(w[2 + 3 * k]), Num(w[3 + 3 * k]), Num(w[4 + 3 * k])});
+      }
+    }
+  }
+}
+
+int CountLines(const std::string& text, const std::string& what) {
+  int n = 0;
+  for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+  return n;
+}
+
+// ---- Running ------------------------------------------------------------------
+
+// Runs a whole session on a copy of `log` in a fresh directory (the program
+// writes its .mou beside the input).
+struct LogRun {
+  TempDir dir;
+  Session s;
+  RunResult r;
+  std::string copy;
+  LogRun(const std::string& log, std::vector<std::string> options = {}, const std::string& keys = "") {
+    copy = dir.File(std::filesystem::path(log).filename().string());
+    std::filesystem::copy_file(log, copy);
+    std::filesystem::permissions(copy, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
+    std::vector<std::string> args{copy, "/0"};
+    args.insert(args.end(), options.begin(), options.end());
+    r = RunInProcess(s, args, keys);
+  }
+};
+
+// A session on a log given as text.
+struct TextRun {
+  TempDir dir;
+  Session s;
+  RunResult r;
+  TextRun(const std::string& text, std::vector<std::string> options = {}, const std::string& keys = "") {
+    std::string path = dir.Write("made.log", text);
+    std::vector<std::string> args{path, "/0"};
+    args.insert(args.end(), options.begin(), options.end());
+    r = RunInProcess(s, args, keys);
+  }
+};
+
+std::string Replace(std::string text, const std::string& from, const std::string& to, int nth = 1) {
+  size_t at = std::string::npos;
+  for (int k = 0; k < nth; ++k) at = text.find(from, at == std::string::npos ? 0 : at + 1);
+  EXPECT_NE(at, std::string::npos) << from;
+  if (at != std::string::npos) text.replace(at, from.size(), to);
+  return text;
+}
+
+void ExpectNear(double got, double want, const std::string& what) {
+  EXPECT_NEAR(got, want, 1e-10 * std::max(1.0, std::fabs(want))) << what;
+}
+
+// Every value the run stored against what the log prints.
+void CheckAgainstLog(const std::string& rel, const std::vector<std::string>& options, const std::string& heading,
+                     int modeBase, bool raman = false, bool noEnergies = false) {
+  SCOPED_TRACE(rel);
+  const std::string path = TestData(rel);
+  Printed p = ParseLog(path, heading, noEnergies);
+  LogRun run(path, options);
+  const Session& s = run.s;
+  ASSERT_EQ(run.r.status, 0) << run.r.console;
+  ASSERT_GT(p.sets, 0);
+
+  // One coordinate set per orientation block, and its Step line in the log.
+  EXPECT_EQ(s.iCyc + 1, p.sets);
+  EXPECT_EQ(CountLines(run.r.log, "\n Step ="), p.sets);
+  for (int i = 0; i < p.sets; ++i) {
+    const std::string at = " set " + std::to_string(i);
+    ExpectNear(s.Set(i).energy, p.energy[static_cast<size_t>(i)], "energy" + at);
+    ExpectNear(s.Set(i).gmax, p.gmax[static_cast<size_t>(i)], "GMax" + at);
+    ExpectNear(s.Set(i).grms, p.grms[static_cast<size_t>(i)], "GRms" + at);
+    EXPECT_EQ(s.Set(i).xyz.size(), static_cast<size_t>(s.nAtoms)) << at;
+  }
+  // The starting geometry is the first one.
+  EXPECT_EQ(s.Set(-1).xyz, s.Set(0).xyz);
+
+  EXPECT_EQ(s.opt.multiplicity, p.multiplicity);
+
+  // Masses: the first block of the log, or the table when it prints none.
+  const size_t n = static_cast<size_t>(s.nAtoms);
+  ASSERT_EQ(s.atomMass.size(), n);
+  for (size_t i = 0; i < n; ++i) {
+    double want = p.masses.size() >= n ? p.masses[i] : DefaultMass(s.atomicNumber[i]);
+    ExpectNear(s.atomMass[i], want, "mass of atom " + std::to_string(i + 1));
+  }
+
+  // Modes: the translations and rotations come first, empty, then the
+  // vibrations as printed.
+  if (p.freq.empty()) {
+    EXPECT_TRUE(s.modes.empty());
+    return;
+  }
+  ParseDisplacements(path, s.nAtoms, p);
+  ASSERT_EQ(s.modes.size(), 3 * n);
+  // A frequency at a point of a reaction path prints one vibration less; the
+  // column left over in the last block stays zero.
+  ASSERT_LE(p.freq.size(), 3 * n - static_cast<size_t>(modeBase));
+  ASSERT_GE(p.freq.size() + 1, 3 * n - static_cast<size_t>(modeBase));
+  for (size_t v = p.freq.size() + static_cast<size_t>(modeBase); v < 3 * n; ++v) EXPECT_EQ(s.modes[v].freq, 0.0);
+  for (int m = 0; m < modeBase; ++m) {
+    EXPECT_EQ(s.modes[static_cast<size_t>(m)].freq, 0.0);
+    EXPECT_EQ(s.modes[static_cast<size_t>(m)].disp.size(), n);
+  }
+  const auto& intensity = raman ? p.raman : p.ir;
+  for (size_t v = 0; v < p.freq.size(); ++v) {
+    const VibMode& m = s.modes[static_cast<size_t>(modeBase) + v];
+    const std::string at = " of vibration " + std::to_string(v + 1);
+    ExpectNear(m.freq, p.freq[v], "frequency" + at);
+    ExpectNear(m.redMass, p.redMass[v], "reduced mass" + at);
+    ExpectNear(m.forceConst, p.forceConst[v], "force constant" + at);
+    ExpectNear(m.intensity, intensity[v], "intensity" + at);
+    ASSERT_EQ(m.disp.size(), n);
+    ASSERT_EQ(p.disp[v].size(), n);
+    for (size_t a = 0; a < n; ++a)
+      for (int k = 0; k < 3; ++k) ExpectNear(m.disp[a][k], p.disp[v][a][k], "displacement" + at);
+  }
+}
+
+// ---- Made logs -------------------------------------------------------------------
+
+const char* kG09Banner = " This is part of the Gaussian(R) 09 program.  It is based on\n";
+
+struct Atom {
+  int z;
+  double x, y, z_;
+};
+
+// An orientation block in the layout of Gaussian 09.
+std::string G09Orientation(const std::string& heading, const std::vector<Atom>& atoms) {
+  std::string t = "                         " + heading + "\n";
+  t += " ---------------------------------------------------------------------\n";
+  t += " Center     Atomic      Atomic             Coordinates (Angstroms)\n";
+  t += " Number     Number       Type             X           Y           Z\n";
+  t += " ---------------------------------------------------------------------\n";
+  char buf[128];
+  int i = 0;
+  for (const auto& a : atoms) {
+    std::snprintf(buf, sizeof buf, "%7d%11d%12d%16.6f%12.6f%12.6f\n", ++i, a.z, 0, a.x, a.y, a.z_);
+    t += buf;
+  }
+  t += " ---------------------------------------------------------------------\n";
+  return t;
+}
+
+std::string Scf(double e) {
+  char buf[128];
+  std::snprintf(buf, sizeof buf, " SCF Done:  E(RB3LYP) =  %.9f     A.U. after   10 cycles\n", e);
+  return buf;
+}
+
+}  // namespace
+
+// ---- Real logs ---------------------------------------------------------------------
+
+TEST(GaussianRealLogs, Gaussian98) {
+  // H2 and Cu2 carry a high-precision block before the ordinary one.
+  CheckAgainstLog("gaussian98/h2_freq.log", {}, "Standard orientation:", 5);
+  CheckAgainstLog("gaussian98/cu2_freq.log", {}, "Standard orientation:", 5);
+  CheckAgainstLog("gaussian98/water_zmatrix_nosym.log", {"/Z"}, "Z-Matrix orientation:", 6);
+}
+
+TEST(GaussianRealLogs, Gaussian03) {
+  CheckAgainstLog("gaussian03/dvb_ir.log", {}, "Standard orientation:", 6);
+  CheckAgainstLog("gaussian03/dvb_raman.log", {}, "Standard orientation:", 6);
+  CheckAgainstLog("gaussian03/anthracene_opt_freq.log", {}, "Standard orientation:", 6);
+  CheckAgainstLog("gaussian03/dvb_gopt.log", {}, "Standard orientation:", 6);
+  CheckAgainstLog("gaussian03/water_mp2.log", {}, "Standard orientation:", 6);
+}
+
+TEST(GaussianRealLogs, Gaussian09And16) {
+  CheckAgainstLog("gaussian09/benzene_freq.log", {}, "Standard orientation:", 6);
+  // Rows of later revisions stand one column further right: all four decimals count.
+  CheckAgainstLog("gaussian09/bsl_opt_freq.log", {}, "Standard orientation:", 6);
+  CheckAgainstLog("gaussian09/irc_point.log", {"/I"}, "Input orientation:", 6);
+  CheckAgainstLog("gaussian16/water_opt_freq.log", {}, "Standard orientation:", 6);
+  CheckAgainstLog("gaussian16/co_opt_freq.log", {}, "Standard orientation:", 5);
+}
+
+TEST(GaussianRealLogs, HardValuesOfTheOptimisation) {
+  LogRun run(TestData("gaussian16/water_opt_freq.log"));
+  const Session& s = run.s;
+  EXPECT_EQ(s.iCyc, 4);
+  EXPECT_DOUBLE_EQ(s.Set(0).energy, -76.3329398833);
+  EXPECT_DOUBLE_EQ(s.Set(0).gmax, 0.051245);
+  EXPECT_DOUBLE_EQ(s.Set(0).grms, 0.042490);
+  // The last orientation of the optimisation has no energy of its own.
+  EXPECT_EQ(s.Set(3).energy, 0.0);
+  EXPECT_DOUBLE_EQ(s.Set(4).energy, -76.3406656990);
+  EXPECT_DOUBLE_EQ(s.Set(4).xyz[1][1], 0.755981 * constants::AngstromToBohr);
+  EXPECT_EQ(s.atomicNumber, (std::vector<int>{8, 1, 1}));
+  ASSERT_EQ(s.modes.size(), 9u);
+  EXPECT_DOUBLE_EQ(s.modes[6].freq, 1668.2293);
+  EXPECT_DOUBLE_EQ(s.modes[8].freq, 3976.5311);
+  EXPECT_DOUBLE_EQ(s.modes[7].redMass, 1.0458);
+  EXPECT_DOUBLE_EQ(s.modes[8].forceConst, 10.0711);
+  EXPECT_DOUBLE_EQ(s.modes[6].intensity, 89.6988);
+  EXPECT_DOUBLE_EQ(s.modes[6].disp[1][2], 0.56);
+  EXPECT_DOUBLE_EQ(s.atomMass[1], 1.00783);
+  // Heading and rows are echoed to the log.
+  EXPECT_NE(run.r.log.find("\n Step =    4\n                         Standard orientation:\n"), std::string::npos);
+  EXPECT_NE(run.r.log.find("\n      3          1           0       -0.000000   -0.768230   -0.546488\n"),
+            std::string::npos);
+}
+
+TEST(GaussianRealLogs, Mp2EnergiesReplaceScf) {
+  LogRun run(TestData("gaussian03/water_mp2.log"));
+  EXPECT_DOUBLE_EQ(run.s.Set(0).energy, -0.75002282127824E+02);
+}
+
+// ---- Options -------------------------------------------------------------------------
+
+TEST(GaussianOptions, OrientationFlags) {
+  // /I on a log without input orientations finds no coordinates.
+  LogRun h2(TestData("gaussian98/h2_freq.log"), {"/I"});
+  EXPECT_EQ(h2.r.status, exit_status::NoCoordinates);
+  EXPECT_NE(h2.r.console.find(" Can not find molecular coordinates in the input file!"), std::string::npos);
+  // Without /Z a log of Z-matrix orientations alone finds none either.
+  LogRun zmat(TestData("gaussian98/water_zmatrix_nosym.log"));
+  EXPECT_EQ(zmat.r.status, exit_status::NoCoordinates);
+  // A log with both kinds reads the input ones under /I: the same count here.
+  LogRun input(TestData("gaussian09/bsl_opt_freq.log"), {"/I"});
+  EXPECT_EQ(input.s.iCyc + 1, 18);
+  EXPECT_NE(input.r.log.find(" Input orientation will be used"), std::string::npos);
+  EXPECT_NE(input.r.log.find("                         Input orientation:"), std::string::npos);
+  EXPECT_EQ(input.r.log.find("                         Standard orientation:"), std::string::npos);
+}
+
+TEST(GaussianOptions, NoEnergiesKeepsTheScfSummaryLineOnly) {
+  CheckAgainstLog("gaussian16/water_opt_freq.log", {"/NOE"}, "Standard orientation:", 6, false, true);
+  // No gradient norms at all, and the MP2 energy gives way to the SCF one.
+  LogRun opt(TestData("gaussian03/dvb_gopt.log"), {"/NOE"});
+  for (int i = 0; i <= opt.s.iCyc; ++i) {
+    EXPECT_EQ(opt.s.Set(i).gmax, 999999.0);
+    EXPECT_EQ(opt.s.Set(i).grms, 999999.0);
+  }
+  EXPECT_DOUBLE_EQ(opt.s.Set(0).energy, -382.294280336);
+  LogRun mp2(TestData("gaussian03/water_mp2.log"), {"/NOE"});
+  EXPECT_DOUBLE_EQ(mp2.s.Set(0).energy, -74.9643287913);
+}
+
+TEST(GaussianOptions, RamanActivitiesInsteadOfIrIntensities) {
+  CheckAgainstLog("gaussian03/dvb_raman.log", {"/RAMAN"}, "Standard orientation:", 6, true);
+  LogRun run(TestData("gaussian03/dvb_raman.log"), {"/RAMAN"});
+  EXPECT_DOUBLE_EQ(run.s.modes[7].intensity, 2.6872);
+  // A log without Raman rows leaves the intensities at 0.
+  LogRun ir(TestData("gaussian03/dvb_ir.log"), {"/RAMAN"});
+  ASSERT_FALSE(ir.s.modes.empty());
+  for (const auto& m : ir.s.modes) EXPECT_EQ(m.intensity, 0.0);
+}
+
+// ---- Changed real logs ------------------------------------------------------------
+
+namespace {
+
+std::string WaterText() { return ReadFile(TestData("gaussian16/water_opt_freq.log")); }
+
+// The mode block of the water log, from its heading to the last row.
+std::string WaterModeBlock(const std::string& text) {
+  size_t from = text.find(" Harmonic frequencies");
+  size_t to = text.find("\n\n -------------------\n - Thermochemistry", from);
+  return text.substr(from, to + 1 - from);
+}
+
+}  // namespace
+
+TEST(GaussianChangedLogs, TheLastModeBlockWins) {
+  const std::string text = WaterText();
+  const std::string block = WaterModeBlock(text);
+  const std::string other = Replace(Replace(block, "1668.2293", "1600.0000"), "1.0820", "2.0000");
+  size_t at = text.find(block);
+  {
+    // The changed block after the real one: its values stand.
+    std::string after = text;
+    after.insert(at + block.size(), other);
+    TextRun run(after);
+    ASSERT_EQ(run.s.modes.size(), 9u);
+    EXPECT_DOUBLE_EQ(run.s.modes[6].freq, 1600.0);
+    EXPECT_DOUBLE_EQ(run.s.modes[6].redMass, 2.0);
+    EXPECT_DOUBLE_EQ(run.s.modes[8].freq, 3976.5311);
+  }
+  {
+    std::string before = text;
+    before.insert(at, other);
+    TextRun run(before);
+    ASSERT_EQ(run.s.modes.size(), 9u);
+    EXPECT_DOUBLE_EQ(run.s.modes[6].freq, 1668.2293);
+    EXPECT_DOUBLE_EQ(run.s.modes[6].redMass, 1.0820);
+  }
+}
+
+TEST(GaussianChangedLogs, AFileCutInsideAModeBlockHasNoModes) {
+  const std::string text = WaterText();
+  // Cut in the displacement rows, in the rows above them, and right after
+  // the heading: the geometries stand, the modes do not.
+  for (const std::string cutAfter : {"     2   1     0.00   0.43   0.56", " Frc consts  --",
+                                     "and normal coordinates:"}) {
+    SCOPED_TRACE(cutAfter);
+    size_t at = text.find(cutAfter, text.find(" Harmonic frequencies"));
+    ASSERT_NE(at, std::string::npos);
+    TextRun run(text.substr(0, text.find('\n', at) + 1));
+    EXPECT_EQ(run.r.status, 0);
+    EXPECT_EQ(run.s.iCyc, 4);
+    EXPECT_TRUE(run.s.modes.empty());
+  }
+  // A cut in the second column block of a bigger molecule, after a good
+  // block read earlier: all modes go.
+  std::string dvb = ReadFile(TestData("gaussian03/dvb_ir.log"));
+  size_t second = dvb.find(" Frequencies --", dvb.find(" Frequencies --") + 1);
+  TextRun run(dvb.substr(0, second));
+  EXPECT_TRUE(run.s.modes.empty());
+  EXPECT_EQ(run.s.iCyc, 0);
+}
+
+TEST(GaussianChangedLogs, AsterisksOrNaNInAMassGiveTableMassesForAll) {
+  // Gaussian 03: the asterisks stand in columns 39-48. Hydrogen has 1.00783
+  // in the log and the isotope mass of the table.
+  const std::string dvb = ReadFile(TestData("gaussian03/dvb_ir.log"));
+  {
+    LogRun plain(TestData("gaussian03/dvb_ir.log"));
+    ASSERT_EQ(plain.s.atomicNumber[5], 1);
+    EXPECT_DOUBLE_EQ(plain.s.atomMass[5], 1.00783);
+  }
+  for (const std::string bad : {"**********", "       NaN"}) {
+    SCOPED_TRACE(bad);
+    // Atom 7, a hydrogen, after the masses of six atoms were read.
+    std::string text = Replace(dvb, "Atom  7 has atomic number  1 and mass   1.00783",
+                               "Atom  7 has atomic number  1 and mass" + bad);
+    TextRun run(text);
+    ASSERT_EQ(run.s.atomMass.size(), 20u);
+    for (int i = 0; i < 20; ++i) EXPECT_DOUBLE_EQ(run.s.atomMass[i], DefaultMass(run.s.atomicNumber[i])) << i;
+  }
+  // Gaussian 16 prints the mass three columns further right.
+  std::string water = Replace(WaterText(), "has atomic number  1 and mass   1.00783",
+                              "has atomic number  1 and mass**********");
+  TextRun run(water);
+  EXPECT_DOUBLE_EQ(run.s.atomMass[1], DefaultMass(1));
+  EXPECT_NE(DefaultMass(1), 1.00783);
+  EXPECT_DOUBLE_EQ(run.s.atomMass[0], 15.99491);
+}
+
+TEST(GaussianChangedLogs, OnlyTheFirstMassBlockCounts) {
+  std::string text = WaterText();
+  // A second thermochemistry with other masses (as after a second job).
+  std::string masses =
+      " Atom     1 has atomic number  8 and mass  17.99916\n"
+      " Atom     2 has atomic number  1 and mass   2.01410\n"
+      " Atom     3 has atomic number  1 and mass   2.01410\n";
+  TextRun run(text + masses);
+  EXPECT_DOUBLE_EQ(run.s.atomMass[0], 15.99491);
+  EXPECT_DOUBLE_EQ(run.s.atomMass[2], 1.00783);
+  // The same lines before any in the log are the ones that stand.
+  size_t at = text.find(" Atom     1 has atomic number");
+  text.insert(at, masses);
+  TextRun first(text);
+  EXPECT_DOUBLE_EQ(first.s.atomMass[0], 17.99916);
+  EXPECT_DOUBLE_EQ(first.s.atomMass[2], 2.01410);
+}
+
+TEST(GaussianChangedLogs, AsterisksOrNaNInAForceStoreZero) {
+  std::string text = Replace(WaterText(), " Maximum Force            0.051245", " Maximum Force            ********");
+  text = Replace(text, " RMS     Force            0.005261", " RMS     Force                 NaN");
+  TextRun run(text);
+  EXPECT_EQ(run.s.Set(0).gmax, 0.0);
+  EXPECT_DOUBLE_EQ(run.s.Set(0).grms, 0.042490);
+  EXPECT_DOUBLE_EQ(run.s.Set(1).gmax, 0.007226);
+  EXPECT_EQ(run.s.Set(1).grms, 0.0);
+}
+
+TEST(GaussianChangedLogs, TheFirstMultiplicityWins) {
+  const std::string text = WaterText();
+  TextRun first(Replace(text, "Multiplicity = 1", "Multiplicity = 3"));
+  EXPECT_EQ(first.s.opt.multiplicity, 3);
+  TextRun second(Replace(text, "Multiplicity = 1", "Multiplicity = 3", 2));
+  EXPECT_EQ(second.s.opt.multiplicity, 1);
+  TextRun byOption(Replace(text, "Multiplicity = 1", "Multiplicity = 3"), {"/MULT2"});
+  EXPECT_EQ(byOption.s.opt.multiplicity, 2);
+}
+
+TEST(GaussianChangedLogs, AnUnreadableFieldStopsTheRun) {
+  const std::string text = WaterText();
+  for (const auto& [from, to] : std::vector<std::pair<std::string, std::string>>{
+           {"0.000000   -0.000000    0.136622", "0.000000   -0.000000    0.13x622"},
+           {" Frequencies --   1668.2293", " Frequencies --   1668.22x3"},
+           {"SCF Done:  E(RPBE1PBE) =  -76.3329398833", "SCF Done:  E(RPBE1PBE) =  -76.33293x8833"}}) {
+    SCOPED_TRACE(to);
+    TextRun run(Replace(text, from, to));
+    EXPECT_EQ(run.r.status, exit_status::ReadError);
+    EXPECT_NE(run.r.console.find(" FATAL READ ERROR"), std::string::npos);
+  }
+}
+
+// ---- Made logs --------------------------------------------------------------------------
+
+TEST(GaussianMadeLogs, SetsEnergiesAndDummyAtoms) {
+  const std::vector<Atom> a{{6, 0.0, 0.0, 0.0}, {-1, 0.0, 0.0, 1.0}, {8, 0.0, 0.0, 1.2}};
+  std::string text = std::string(kG09Banner) + " Charge =  0 Multiplicity = 2\n" +
+                     G09Orientation("Standard orientation:", a) + Scf(-113.25) +
+                     G09Orientation("Input orientation:", a) + G09Orientation("Standard orientation:", a);
+  TextRun run(text);
+  const Session& s = run.s;
+  EXPECT_EQ(s.iCyc, 1);
+  EXPECT_EQ(s.opt.multiplicity, 2);
+  EXPECT_EQ(s.atomicNumber, (std::vector<int>{6, 99, 8}));
+  EXPECT_DOUBLE_EQ(s.Set(0).energy, -113.25);
+  EXPECT_EQ(s.Set(1).energy, 0.0);
+  EXPECT_EQ(s.Set(1).gmax, 999999.0);
+  EXPECT_DOUBLE_EQ(s.Set(1).xyz[2][2], 1.2 * constants::AngstromToBohr);
+  EXPECT_EQ(s.Set(-1).xyz, s.Set(0).xyz);
+  // A dummy atom weighs what the table gives number 99.
+  EXPECT_DOUBLE_EQ(s.atomMass[1], 252.0829);
+
+  // An energy before the first geometry goes to the starting set.
+  TextRun early(std::string(kG09Banner) + Scf(-1.5) + G09Orientation("Standard orientation:", a));
+  EXPECT_EQ(early.s.iCyc, 0);
+  EXPECT_EQ(early.s.Set(0).energy, 0.0);
+}
+
+TEST(GaussianMadeLogs, EnergyLinesOfTheOlderLayouts) {
+  const std::vector<Atom> a{{1, 0.0, 0.0, 0.0}, {1, 0.0, 0.0, 0.74}};
+  std::string head = std::string(kG09Banner) + G09Orientation("Standard orientation:", a);
+  // Fixed columns without "A.U.": taken unless /NOE.
+  TextRun rhf(head + " SCF Done:  E(RHF) =  -1.12345678901\n");
+  EXPECT_DOUBLE_EQ(rhf.s.Set(0).energy, -1.12345678901);
+  TextRun uhf(head + " SCF Done:  E(UHF) = -0.4998232575\n");
+  EXPECT_DOUBLE_EQ(uhf.s.Set(0).energy, -0.4998232575);
+  TextRun blyp(head + " SCF Done:  E(RB+HF-LYP) =  -1.17854936\n");
+  EXPECT_DOUBLE_EQ(blyp.s.Set(0).energy, -1.17854936);
+  TextRun noe(head + " SCF Done:  E(RHF) =  -1.12345678901\n", {"/NOE"});
+  EXPECT_EQ(noe.s.Set(0).energy, 0.0);
+  // With "A.U." the number before it wins, under /NOE as well; a ")" serves
+  // when the line has no "=".
+  TextRun au(head + " SCF Done:  E(RHF) =  -1.12345678901     A.U. after    9 cycles\n", {"/NOE"});
+  EXPECT_DOUBLE_EQ(au.s.Set(0).energy, -1.12345678901);
+  TextRun paren(head + " SCF Done:  E(ROHF)  -2.25  A.U.\n");
+  EXPECT_DOUBLE_EQ(paren.s.Set(0).energy, -2.25);
+  TextRun mp2(head + " SCF Done:  E(RHF) =  -1.10000000000     A.U. after    9 cycles\n E2 =    -0.3795333653E-01 EUMP2 =    -0.11300000000000D+01\n");
+  EXPECT_DOUBLE_EQ(mp2.s.Set(0).energy, -1.13);
+}
+
+TEST(GaussianMadeLogs, LinearTriatomicHasTwoBlocksTheLastWithOneColumn) {
+  const std::vector<Atom> co2{{6, 0.0, 0.0, 0.0}, {8, 0.0, 0.0, 1.16}, {8, 0.0, 0.0, -1.16}};
+  std::string t = std::string(kG09Banner) + G09Orientation("Standard orientation:", co2);
+  t += " Harmonic frequencies (cm**-1), IR intensities (KM/Mole), Raman scattering\n"
+       " activities (A**4/AMU), depolarization ratios for plane and unpolarized\n"
+       " incident light, reduced masses (AMU), force constants (mDyne/A),\n"
+       " and normal coordinates:\n"
+       "                     1                      2                      3\n"
+       "                    PIU                    PIU                    SGG\n"
+       " Frequencies --   640.4541               640.4541              1372.3117\n"
+       " Red. masses --    12.8774                12.8774                15.9949\n"
+       " Frc consts  --     3.1121                 3.1121                17.7476\n"
+       " IR Inten    --    30.9546                30.9546                 0.0000\n"
+       "  Atom  AN      X      Y      Z        X      Y      Z        X      Y      Z\n"
+       "     1   6     0.00   0.88   0.00     0.88   0.00   0.00     0.00   0.00   0.00\n"
+       "     2   8     0.00  -0.33   0.00    -0.33   0.00   0.00     0.00   0.00   0.71\n"
+       "     3   8     0.00  -0.33   0.00    -0.33   0.00   0.00     0.00   0.00  -0.71\n"
+       "                      4\n"
+       "                    SGU\n"
+       " Frequencies --  2436.6548\n"
+       " Red. masses --    12.8774\n"
+       " Frc consts  --    45.0470\n"
+       " IR Inten    --   566.7930\n"
+       "  Atom  AN      X      Y      Z\n"
+       "     1   6     0.00   0.00   0.88\n"
+       "     2   8     0.00   0.00  -0.33\n"
+       "     3   8     0.00   0.00  -0.33\n"
+       "\n";
+  TextRun run(t);
+  const auto& m = run.s.modes;
+  ASSERT_EQ(m.size(), 9u);
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(m[i].freq, 0.0);
+  EXPECT_DOUBLE_EQ(m[5].freq, 640.4541);
+  EXPECT_DOUBLE_EQ(m[7].freq, 1372.3117);
+  EXPECT_DOUBLE_EQ(m[8].freq, 2436.6548);
+  EXPECT_DOUBLE_EQ(m[8].intensity, 566.793);
+  EXPECT_DOUBLE_EQ(m[8].forceConst, 45.047);
+  EXPECT_DOUBLE_EQ(m[8].disp[1][2], -0.33);
+  EXPECT_DOUBLE_EQ(m[7].disp[2][2], -0.71);
+  EXPECT_DOUBLE_EQ(m[5].disp[0][1], 0.88);
+
+  // Bent, the same molecule has 3 vibrations only: one block is read, and
+  // the fourth column of the log is passed over.
+  std::string bent = Replace(t, "     3          8           0        0.000000    0.000000   -1.160000",
+                             "     3          8           0        0.000000    0.500000   -1.160000");
+  TextRun b(bent);
+  ASSERT_EQ(b.s.modes.size(), 9u);
+  EXPECT_DOUBLE_EQ(b.s.modes[6].freq, 640.4541);
+  EXPECT_DOUBLE_EQ(b.s.modes[8].freq, 1372.3117);
+}
+
+namespace {
+
+// A row of a high-accuracy summary: values in columns first1.. and first2..
+// The G3 and G4 rows hold two values in columns 18-37 and 58-77, the CBS
+// rows in columns 22-39 and 61-80.
+std::string SummaryRow(const std::string& l1, double v1, const std::string& l2, double v2, bool cbs) {
+  const int first1 = cbs ? 22 : 18, width1 = cbs ? 18 : 20, first2 = cbs ? 61 : 58;
+  char buf[64];
+  std::string r = " " + l1;
+  EXPECT_LT(r.size(), static_cast<size_t>(first1));
+  r.resize(static_cast<size_t>(first1 - 1), ' ');
+  std::snprintf(buf, sizeof buf, "%*.6f", width1, v1);
+  r += buf;
+  r += " " + l2;
+  EXPECT_LT(r.size(), static_cast<size_t>(first2));
+  r.resize(static_cast<size_t>(first2 - 1), ' ');
+  std::snprintf(buf, sizeof buf, "%20.6f", v2);
+  return r + buf + "\n";
+}
+
+std::string G3Summary(const std::string& m, bool cbs) {
+  std::string t;
+  t += SummaryRow("Temperature=", 298.15, "Pressure=", 1.0, cbs);
+  t += SummaryRow("E(ZPE)=", 0.020511, "E(Thermal)=", 0.023346, cbs);
+  t += SummaryRow("E(QCISD(T))=", -76.276086, "E(Empiric)=", -0.047942, cbs);
+  t += SummaryRow("DE(Plus)=", -0.009212, "DE(2DF)=", -0.091852, cbs);
+  t += SummaryRow(m + (cbs ? " (0 K)=" : "(0 K)="), -76.382351, m + " Energy=", -76.379516, cbs);
+  t += SummaryRow(m + " Enthalpy=", -76.378572, m + " Free Energy=", -76.399959, cbs);
+  return t;
+}
+
+std::string WaterHead() {
+  const std::vector<Atom> w{{8, 0.0, 0.0, 0.117}, {1, 0.0, 0.757, -0.468}, {1, 0.0, -0.757, -0.468}};
+  return std::string(kG09Banner) + G09Orientation("Standard orientation:", w) + Scf(-76.4);
+}
+
+}  // namespace
+
+TEST(GaussianMadeLogs, HighAccuracySummaries) {
+  for (const std::string m : {"G3", "G4", "CBS"}) {
+    SCOPED_TRACE(m);
+    bool cbs = m == "CBS";
+    std::string method = cbs ? "CBS-QB3" : m;
+    std::string text = WaterHead() + G3Summary(method, cbs) + " Normal end\n";
+    TextRun run(text);
+    ASSERT_EQ(run.r.status, 0) << run.r.console;
+    EXPECT_TRUE(run.s.electronicEnergyFromSummary);
+    EXPECT_NEAR(run.s.electronicEnergy, -76.382351 - 0.020511, 1e-12);
+    const std::string& log = run.r.log;
+    const std::string rule(cbs ? 76 : 78, '*');
+    EXPECT_NE(log.find("\n\n\n" + rule + "\n \n         High-accuracy thermochemistry calculation results found \n" +
+                       std::string(36, ' ') + m + "\n" + rule + "\n\n"),
+              std::string::npos)
+        << log;
+    // The rows between the temperature and the enthalpy are echoed.
+    EXPECT_NE(log.find("\n E(QCISD(T))="), std::string::npos);
+    EXPECT_EQ(log.find("\n " + method + " Enthalpy="), std::string::npos);
+    if (cbs) {
+      EXPECT_NE(log.find(" T, K                    =          298.150000\n"), std::string::npos);
+      EXPECT_NE(log.find(" E     (CBS(0K)-E(ZPE) ) =          -76.402862\n"), std::string::npos);
+      EXPECT_NE(log.find(" E+U(T)(CBS energy)    ) =          -76.379516\n"), std::string::npos);
+      EXPECT_NE(log.find(" E+G(T)(CBS free energy) =          -76.399959\n\n" + rule + "\n\n"), std::string::npos);
+    } else {
+      EXPECT_NE(log.find(" P, atm                  =            1.000000\n"), std::string::npos);
+      EXPECT_NE(log.find(" E     (" + m + "(0K)-E(ZPE) )  =          -76.402862\n"), std::string::npos);
+      EXPECT_NE(log.find(" E+ZPE (" + m + "(0K)        )  =          -76.382351\n"), std::string::npos);
+      EXPECT_NE(log.find(" E+H(T)(" + m + " enthalpy   )  =          -76.378572\n"), std::string::npos);
+      EXPECT_NE(log.find(" E+G(T)(" + m + " free energy)  =          -76.399959\n"), std::string::npos);
+    }
+    // Reading goes on after the summary.
+    EXPECT_EQ(run.s.iCyc, 0);
+  }
+}
+
+TEST(GaussianMadeLogs, ASummaryWithoutItsRowsLeavesTheLowestEnergy) {
+  std::string text = WaterHead();
+  for (int i = 0; i < 12; ++i) text += " filler line\n";
+  text += SummaryRow("G3 Enthalpy=", -76.378572, "G3 Free Energy=", -76.399959, false);
+  TextRun run(text);
+  EXPECT_FALSE(run.s.electronicEnergyFromSummary);
+  EXPECT_DOUBLE_EQ(run.s.electronicEnergy, -76.4);
+  EXPECT_NE(run.r.log.find(" T, K                    =            0.000000\n"), std::string::npos);
+}
