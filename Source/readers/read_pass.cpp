@@ -165,8 +165,7 @@ void ReadPass(Session& s, LineReader& in) {
     s.log.Line(RequestedMessage(code));
   }
   if (code != -1 && !IsLineDriven(code)) {
-    s.log.EndLine();
-    RunTakeOverReader(s, in, code);
+    RunTakeOverReader(s, in, code);  // its first message completes the format line
   } else if (code != -1) {
     LineHandler handler = MakeLineHandler(s, in, code);
     std::string_view line;

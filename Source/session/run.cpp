@@ -11,6 +11,7 @@
 #include "readers/line_reader.h"
 #include "readers/read_pass.h"
 #include "session/command_line.h"
+#include "session/config_file.h"
 #include "session/file_names.h"
 #include "session/spec_file.h"
 #include "viewer/view_model.h"
@@ -94,6 +95,7 @@ std::string ScratchLogName() {
 // `status` set.
 bool StartUp(Session& s, LineReader& in, int& status) {
   TakeHomeDir(s);
+  ReadConfig(s);
   CheckFragmentDb(s);
 
   RunFiles& f = s.files;
