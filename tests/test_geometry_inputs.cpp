@@ -224,6 +224,15 @@ TEST(XyzAtLabel, WholeRunWithOption) {
   EXPECT_NE(r.log.find("Occurence:   3"), std::string::npos) << r.log;
 }
 
+TEST(XyzAtLabel, BlocksBeyondTheCycleLimitStopTheRun) {
+  // Blocks are sets 1, 2, 3: with /C2 the third one is too many.
+  TempDir dir;
+  std::string path = CopyInput(dir, "co_trajectory.txt");
+  RunResult r = RunInProcess({path, "/NXYZ3@TEST", "/C2", "/0"});
+  EXPECT_EQ(r.status, exit_status::Limit);
+  EXPECT_NE(r.console.find(" Maximum number of cycles (  2) exceeded!"), std::string::npos) << r.console;
+}
+
 // ---- Pattern input -------------------------------------------------------------------
 
 TEST(PatternInput, GeometriesAndEnergies) {
