@@ -1,0 +1,152 @@
+// The end of the run: the last-view block, its coordinate tables with bonds,
+// the precise table, and the /V@ round trip.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "analysis/bond_radii.h"
+#include "session/run.h"
+#include "test_support.h"
+#include "viewer/view_model.h"
+
+using namespace quintor;
+using namespace quintor::test;
+
+namespace {
+
+const std::string kWater =
+    "3\nwater\n"
+    "O   0.000000   0.000000   0.117300\n"
+    "H   0.000000   0.757200  -0.469200\n"
+    "H   0.000000  -0.757200  -0.469200\n";
+
+std::string Block(const std::string& log, const std::string& from, int lines) {
+  size_t at = log.find(from);
+  if (at == std::string::npos) return {};
+  size_t end = at;
+  for (int k = 0; k < lines && end != std::string::npos; ++k) end = log.find('\n', end + 1);
+  return log.substr(at, end - at);
+}
+
+}  // namespace
+
+TEST(FinishLog, UntouchedViewUnderBatchMode) {
+  TempDir dir;
+  auto r = RunInProcess({dir.Write("w.xyz", kWater), "/X2", "/0"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_NE(r.log.find("\n          ************ INTERACTIVE WORK IS FINISHED ************\n"
+                       " Last view parameters:\n"
+                       " Rotation matrix:   1.00000   0.00000   0.00000\n"
+                       "                :   0.00000   1.00000   0.00000\n"
+                       "                :   0.00000   0.00000   1.00000\n"
+                       " View Angles    :       0.0       0.0       0.0\n"
+                       " ShiftX,Y, Zoom :   0.00000   0.00000   1.00000\n"
+                       " View command   :/v0.0:0.0:0.0:0.00:0.00:1.00\n"
+                       "Last view coordinates and bonds in a molecular (moving) frame, (A):\n"),
+            std::string::npos)
+      << r.log;
+  // Rows: name, nuclear number, coordinates, bond partners by the 1.15 rule.
+  EXPECT_NE(r.log.find(" O1      8     0.000000    0.000000    0.117300   2   3\n"
+                       " H2      1     0.000000    0.757200   -0.469200   1\n"),
+            std::string::npos);
+  EXPECT_NE(r.log.find("Last view coordinates and bonds in a laboratory (fixed) frame, (A):"), std::string::npos);
+  EXPECT_EQ(r.log.find("User-defined precision"), std::string::npos);
+}
+
+TEST(FinishLog, ViewFromTheCommandLineAndBackThroughAFile) {
+  TempDir dir;
+  std::string input = dir.Write("w.xyz", kWater);
+  auto first = RunInProcess({input, "/X2", "/0", "/V30:-45:60:0.5:-0.25:1.2"});
+  ASSERT_EQ(first.status, 0);
+  const std::string block = Block(first.log, " Last view parameters:", 6);
+  ASSERT_FALSE(block.empty());
+  // The laboratory table is the view matrix applied to the molecular one.
+  Mat3 r = BuildViewMatrix(30 * constants::DegToRad, -45 * constants::DegToRad, 60 * constants::DegToRad);
+  Vec3 h{0.0, 0.7572, -0.4692};
+  Vec3 lab{};
+  for (int i = 0; i < 3; ++i) lab[i] = r[i][0] * h[0] + r[i][1] * h[1] + r[i][2] * h[2];
+  char row[80];
+  std::snprintf(row, sizeof row, " H2      1 %12.6f%12.6f%12.6f", lab[0], lab[1], lab[2]);
+  size_t labTable = first.log.find("laboratory (fixed) frame");
+  EXPECT_NE(first.log.find(row, labTable), std::string::npos) << row << "\n" << first.log.substr(labTable);
+
+  // /V@ gives the block back to the printed digits.
+  std::string saved = dir.Write("view.mou", first.log);
+  auto second = RunInProcess({input, "/X2", "/0", "/V@" + saved});
+  EXPECT_EQ(Block(second.log, " Last view parameters:", 6), block);
+  // A file without the block leaves the default view, silently.
+  auto third = RunInProcess({input, "/X2", "/0", "/V@" + input});
+  EXPECT_NE(third.log.find(" Rotation matrix:   1.00000   0.00000   0.00000"), std::string::npos);
+}
+
+TEST(FinishLog, PreciseTableInEachUnit) {
+  TempDir dir;
+  std::string input = dir.Write("w.xyz", kWater);
+  auto a = RunInProcess({input, "/X2", "/0", "/PREC14.8"});
+  EXPECT_NE(a.log.find("User-defined precision/units output for coordinates in a molecular (moving) frame:\n"
+                       "Coordinates will be printed by format F14. 8 Coordinate units: ANGSTROEMS\n"
+                       " O1      8     0.00000000    0.00000000    0.11730000\n"
+                       " H2      1     0.00000000    0.75720000   -0.46920000\n"),
+            std::string::npos)
+      << a.log;
+  auto b = RunInProcess({input, "/X2", "/0", "/PRECAU"});
+  EXPECT_NE(b.log.find("Coordinates will be printed by format F20.12 Coordinate units: BOHR\n"
+                       " O1      8       0.000000000000      0.000000000000      0.221664875509\n"),
+            std::string::npos)
+      << b.log;
+  auto c = RunInProcess({input, "/X2", "/0", "/PRECNM12.5"});
+  EXPECT_NE(c.log.find(" H3      1      0.00000    -0.07572    -0.04692\n"), std::string::npos) << c.log;
+}
+
+TEST(ViewModel, MatrixAnglesPerspectiveAndRotation) {
+  // Build and extract are inverse; at 90 degrees the whole turn goes to Gam.
+  double a, b, g;
+  ExtractViewAngles(BuildViewMatrix(0.3, -0.4, 1.1), a, b, g);
+  EXPECT_NEAR(a, 0.3, 1e-12);
+  EXPECT_NEAR(b, -0.4, 1e-12);
+  EXPECT_NEAR(g, 1.1, 1e-12);
+  ExtractViewAngles(BuildViewMatrix(0.5, constants::Pi / 2, 0.2), a, b, g);
+  EXPECT_EQ(a, 0.0);
+  EXPECT_NEAR(b, constants::Pi / 2, 1e-7);
+  EXPECT_NEAR(g, 0.7, 1e-6);
+
+  ViewState v;
+  EXPECT_EQ(PerspectiveFactor(v, 5.0), 1.0);
+  v.perspectiveOn = 1;
+  EXPECT_DOUBLE_EQ(PerspectiveFactor(v, 5.0), 1.5);
+  EXPECT_DOUBLE_EQ(PerspectiveFactor(v, -5.0), 1.0 / 1.5);
+  EXPECT_EQ(PerspectiveFactor(v, 0.0), 1.0);
+
+  // A rotation of zero before any rotation collapses the view to zero: kept.
+  ViewState w;
+  RotateView(w, 0, 0, 0);
+  EXPECT_EQ(w.matrix[0][0], 0.0);
+  ViewState z;
+  RotateView(z, 0.1, 0, 0);
+  RotateView(z, 0, 0, 0);  // repeats the last rotation
+  EXPECT_NEAR(z.matrix[0][1], std::sin(0.2), 1e-12);
+  ResetView(z);
+  EXPECT_EQ(LabCoords(z, Vec3{1, 2, 3}), (Vec3{1, 2, 3}));
+}
+
+TEST(ViewModel, FinalAnglesOfTheMatrix) {
+  Vec3 id = FinalViewAngles(BuildViewMatrix(0, 0, 0));
+  EXPECT_EQ(id, (Vec3{0, 0, 0}));
+  // A turn about z alone has no middle angle; the third takes it all.
+  Vec3 z = FinalViewAngles(BuildViewMatrix(0, 0, 0.5));
+  EXPECT_NEAR(z[1], 0.0, 1e-9);
+  EXPECT_NEAR(std::fabs(z[2]), 0.5 / constants::DegToRad, 1e-9);
+  // The middle angle is the arc cosine of R(3,3).
+  Mat3 r = BuildViewMatrix(0.7, 0.2, 0.1);
+  EXPECT_NEAR(FinalViewAngles(r)[1], std::acos(r[2][2]) / constants::DegToRad, 1e-9);
+}
+
+TEST(BondRadii, TableQuirksStay) {
+  EXPECT_DOUBLE_EQ(BondRadius(1), 0.3707);
+  EXPECT_DOUBLE_EQ(BondRadius(8), 0.700065);
+  EXPECT_DOUBLE_EQ(BondRadius(92), 1.49);
+  EXPECT_DOUBLE_EQ(BondRadius(98), 0.1);
+  EXPECT_DOUBLE_EQ(BondRadius(60), 1.0);
+  EXPECT_DOUBLE_EQ(BondRadius(68), 1.86);
+  EXPECT_EQ(BondRadius(101), 0.0);
+}
