@@ -337,7 +337,7 @@ TEST(InertiaReport, DistanceMatrixWrapsAfterEightColumns) {
   std::vector<std::string> names;
   for (int i = 0; i < 10; ++i) {
     chain.push_back({i * A, 0.0, 0.0});
-    names.push_back("C" + std::to_string(i + 1));
+    names.push_back(std::string("C").append(std::to_string(i + 1)));
   }
   const std::vector<std::string> lines = DistanceMatrixLines(names, chain);
   // Heading, first block (head + 10 rows), second block (head + 2 rows).

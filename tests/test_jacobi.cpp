@@ -96,7 +96,9 @@ TEST(Jacobi, HilbertMatrixOfOrderSix) {
   double sum = 0.0;
   for (int k = 0; k < n; ++k) {
     sum += e.values[k];
-    if (k > 0) EXPECT_LE(e.values[k - 1], e.values[k]);
+    if (k > 0) {
+      EXPECT_LE(e.values[k - 1], e.values[k]);
+    }
   }
   EXPECT_NEAR(sum, trace, 1e-13);
   // Known extremes of the 6 by 6 Hilbert matrix.
