@@ -702,3 +702,43 @@ TEST(GaussianMadeLogs, ASummaryWithoutItsRowsLeavesTheLowestEnergy) {
   EXPECT_DOUBLE_EQ(run.s.electronicEnergy, -76.4);
   EXPECT_NE(run.r.log.find(" T, K                    =            0.000000\n"), std::string::npos);
 }
+
+TEST(GaussianRealLogs, XtbFrequencyOutputReadsAsGaussian98) {
+  const std::string path = std::string(QUINTOR_TEST_INPUTS) + "/../../examples/ethanol_xtb.out";
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << "no xtb example";
+  LogRun run(path);
+  const Session& s = run.s;
+  ASSERT_EQ(run.r.status, 0);
+  EXPECT_EQ(s.iCyc, 0);
+  EXPECT_EQ(s.nAtoms, 9);
+  ASSERT_EQ(s.modes.size(), 27u);
+  EXPECT_DOUBLE_EQ(s.modes[6].freq, 203.2594);
+  EXPECT_DOUBLE_EQ(s.modes[7].intensity, 157.5331);
+  EXPECT_DOUBLE_EQ(s.modes[26].freq, 3567.9398);
+  EXPECT_DOUBLE_EQ(s.modes[6].disp[8][2], -0.07);
+}
+
+TEST(GaussianMadeLogs, Gaussian94HasNoAtomicTypeColumn) {
+  std::string t = " This is part of the Gaussian 94(TM) system.\n"
+                  "                    Standard orientation:\n"
+                  " ----------------------------------------------------------\n"
+                  " Center     Atomic              Coordinates (Angstroms)\n"
+                  " Number     Number             X           Y           Z\n"
+                  " ----------------------------------------------------------\n";
+  char buf[128];
+  const double xyz[3][3] = {{0.0, 0.0, 0.119}, {0.0, 0.763, -0.477}, {0.0, -0.763, -0.477}};
+  const int z[3] = {8, 1, 1};
+  for (int i = 0; i < 3; ++i) {
+    std::snprintf(buf, sizeof buf, "%5d%11d       %12.6f%12.6f%12.6f\n", i + 1, z[i], xyz[i][0], xyz[i][1], xyz[i][2]);
+    t += buf;
+  }
+  t += " ----------------------------------------------------------\n";
+  t += " SCF Done:  E(RHF) =  -76.0107465156     A.U. after    9 cycles\n";
+  TextRun run(t);
+  ASSERT_EQ(run.r.status, 0) << run.r.console;
+  EXPECT_EQ(run.s.iCyc, 0);
+  EXPECT_EQ(run.s.atomicNumber, (std::vector<int>{8, 1, 1}));
+  EXPECT_DOUBLE_EQ(run.s.Set(0).xyz[1][1], 0.763 * constants::AngstromToBohr);
+  EXPECT_DOUBLE_EQ(run.s.Set(0).xyz[2][2], -0.477 * constants::AngstromToBohr);
+  EXPECT_DOUBLE_EQ(run.s.Set(0).energy, -76.0107465156);
+}

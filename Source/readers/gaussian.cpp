@@ -5,10 +5,12 @@
 // high-accuracy summary). Every anchor is a plain substring search; a cheap
 // scan of the line for the characters the anchors carry decides which of the
 // searches can hit at all, so that most lines of a long log cost one pass
-// over their characters.
+// over their characters (see FindAnchors).
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -38,31 +40,107 @@ bool AllBlank(std::string_view s) {
   return true;
 }
 
-// Classes of the characters that the anchors carry; a line is searched only
-// for the anchors whose class it holds.
-enum : unsigned char {
-  kColon = 1,  // "... orientation:", "SCF Done:"
-  kEqual = 2,  // " Multiplicity =", "EUMP2 =", " Enthalpy="
-  kForce = 4,  // "Maximum Force", "RMS     Force"
-  kStar = 8,   // "armonic frequencies (cm**-1),"
-  kMass = 16,  // " has atomic number" ... "and mass"
+// Anchors of the line dispatch. Each one holds a key character (":", "=",
+// "F", "*" or "b"); the line is scanned once for these, and at each one the
+// text around it is compared with the anchors that carry it there. An anchor
+// stands in the line exactly when it stands around one of its key characters,
+// so this is the plain substring search, done in one pass.
+enum Anchor : unsigned {
+  kMultiplicity = 1u << 0,   // " Multiplicity ="
+  kHeading = 1u << 1,        // the orientation heading in force
+  kScfDone = 1u << 2,        // "SCF Done:"
+  kMp2 = 1u << 3,            // "EUMP2 ="
+  kMaxForce = 1u << 4,       // "Maximum Force"
+  kRmsForce = 1u << 5,       // "RMS     Force"
+  kAtomicNumber = 1u << 6,   // " has atomic number"
+  kHarmonic = 1u << 7,       // "armonic frequencies (cm**-1),"
+  kEnthalpy = 1u << 8,       // " Enthalpy="
+  kFreeEnergy = 1u << 9,     // " Free Energy="
 };
 
-constexpr std::array<unsigned char, 256> MakeClassTable() {
+enum KeyChar : unsigned char { kNone, kColon, kEqual, kCapitalF, kStar, kSmallB };
+
+constexpr std::array<unsigned char, 256> MakeKeyTable() {
   std::array<unsigned char, 256> t{};
   t[static_cast<unsigned char>(':')] = kColon;
   t[static_cast<unsigned char>('=')] = kEqual;
-  t[static_cast<unsigned char>('F')] = kForce;
+  t[static_cast<unsigned char>('F')] = kCapitalF;
   t[static_cast<unsigned char>('*')] = kStar;
-  t[static_cast<unsigned char>('b')] = kMass;
+  t[static_cast<unsigned char>('b')] = kSmallB;
   return t;
 }
-constexpr std::array<unsigned char, 256> kClass = MakeClassTable();
+constexpr std::array<unsigned char, 256> kKey = MakeKeyTable();
 
-unsigned Classes(std::string_view line) {
-  unsigned mask = 0;
-  for (char c : line) mask |= kClass[static_cast<unsigned char>(c)];
-  return mask;
+// Whether `anchor` stands in `line` with its character `at` at position p.
+bool Around(std::string_view line, size_t p, std::string_view anchor, size_t at) {
+  return p >= at && p - at + anchor.size() <= line.size() && line.compare(p - at, anchor.size(), anchor) == 0;
+}
+
+// The anchors around the character at position p, added to `hits`.
+inline void AnchorsAt(std::string_view line, size_t p, std::string_view heading, unsigned& hits) {
+  switch (kKey[static_cast<unsigned char>(line[p])]) {
+    case kNone:
+      break;
+    case kColon:
+      if (Around(line, p, heading, heading.size() - 1)) hits |= kHeading;
+      if (Around(line, p, "SCF Done:", 8)) hits |= kScfDone;
+      break;
+    case kEqual:
+      if (Around(line, p, " Multiplicity =", 14)) hits |= kMultiplicity;
+      if (Around(line, p, "EUMP2 =", 6)) hits |= kMp2;
+      if (Around(line, p, " Enthalpy=", 9)) hits |= kEnthalpy;
+      if (Around(line, p, " Free Energy=", 12)) hits |= kFreeEnergy;
+      break;
+    case kCapitalF:
+      if (Around(line, p, "Maximum Force", 8)) hits |= kMaxForce;
+      if (Around(line, p, "RMS     Force", 8)) hits |= kRmsForce;
+      break;
+    case kStar:
+      if (Around(line, p, "armonic frequencies (cm**-1),", 23)) hits |= kHarmonic;
+      break;
+    case kSmallB:
+      if (Around(line, p, " has atomic number", 15)) hits |= kAtomicNumber;
+      break;
+  }
+}
+
+#if defined(__GNUC__) || defined(__clang__)
+// Sixteen characters at a time: most chunks hold no key character at all.
+using Chunk = unsigned char __attribute__((vector_size(16)));
+
+inline Chunk Splat(unsigned char c) {
+  Chunk v;
+  for (int i = 0; i < 16; ++i) v[i] = c;
+  return v;
+}
+
+inline bool HoldsKey(const char* d) {
+  Chunk v;
+  std::memcpy(&v, d, sizeof v);
+  Chunk m = (v == Splat(':')) | (v == Splat('=')) | (v == Splat('F')) | (v == Splat('*')) | (v == Splat('b'));
+  std::uint64_t lo, hi;
+  std::memcpy(&lo, &m, 8);
+  std::memcpy(&hi, reinterpret_cast<const char*>(&m) + 8, 8);
+  return (lo | hi) != 0;
+}
+#else
+inline bool HoldsKey(const char* d) {
+  for (int i = 0; i < 16; ++i)
+    if (kKey[static_cast<unsigned char>(d[i])] != kNone) return true;
+  return false;
+}
+#endif
+
+// The anchors that stand in the line; `heading` ends in ":".
+unsigned FindAnchors(std::string_view line, std::string_view heading) {
+  unsigned hits = 0;
+  const size_t n = line.size();
+  size_t p = 0;
+  for (; p + 16 <= n; p += 16)
+    if (HoldsKey(line.data() + p))
+      for (size_t k = p; k < p + 16; ++k) AnchorsAt(line, k, heading, hits);
+  for (; p < n; ++p) AnchorsAt(line, p, heading, hits);
+  return hits;
 }
 
 // One thermochemistry summary of a high-accuracy method.
@@ -98,7 +176,13 @@ struct GaussianReader {
   double temperature = 0.0, pressure = 0.0, zpe = 0.0, zpeSecond = 0.0;
   double e0 = 0.0, eU = 0.0, eH = 0.0, eG = 0.0;
 
+  // The orientation heading in force: standard, input (/I) or Z-matrix (/Z).
+  std::string_view heading;
+
   GaussianReader(Session& session, LineReader& reader) : s(session), in(reader) {
+    heading = s.opt.orientationMode == 1   ? "Input orientation:"
+              : s.opt.orientationMode == 2 ? "Z-Matrix orientation:"
+                                           : "Standard orientation:";
     switch (s.opt.formatCode) {
       case 1:  // Gaussian 94 had no atomic-type column
         xyzCol = 24;
@@ -137,49 +221,28 @@ struct GaussianReader {
   }
 
   void operator()(std::string_view line) {
-    unsigned cls = Classes(line);
-    if (cls == 0) return;
+    const unsigned hits = FindAnchors(line, heading);
+    if (hits == 0) return;
 
-    if (cls & kEqual) {
-      if (s.opt.multiplicity == -1 && Contains(line, " Multiplicity ="))
-        s.opt.multiplicity = static_cast<int>(Int(line, 28, 2, "multiplicity"));
+    if ((hits & kMultiplicity) && s.opt.multiplicity == -1)
+      s.opt.multiplicity = static_cast<int>(Int(line, 28, 2, "multiplicity"));
+    if (hits & kHeading) {
+      ReadGeometry(line);
+      return;  // the block has read past this line
     }
-    if (cls & kColon) {
-      std::string_view heading = s.opt.orientationMode == 1   ? "Input orientation:"
-                                 : s.opt.orientationMode == 2 ? "Z-Matrix orientation:"
-                                                              : "Standard orientation:";
-      if (Contains(line, heading)) {
-        ReadGeometry(line);
-        return;  // the block has read past this line
-      }
-      if (Contains(line, "SCF Done:")) ScfDone(line);
-    }
-    if ((cls & kEqual) && !NoEnergies() && Contains(line, "EUMP2 ="))
-      s.Set(s.iCyc).energy = Real(line, 36, 30, 0, "EUMP2 energy");
-    if (cls & kForce) {
-      if (!NoEnergies() && Contains(line, "Maximum Force")) s.Set(s.iCyc).gmax = ForceNorm(line, "Maximum Force");
-      if (!NoEnergies() && Contains(line, "RMS     Force")) s.Set(s.iCyc).grms = ForceNorm(line, "RMS Force");
-    }
-    if ((cls & kMass) && massCount >= 0 && massCount < s.nAtoms && Contains(line, " has atomic number") &&
-        Contains(line, "and mass"))
-      Mass(line);
-    if ((cls & kStar) && Contains(line, "armonic frequencies (cm**-1),")) {
+    if (hits & kScfDone) ScfDone(line);
+    if ((hits & kMp2) && !NoEnergies()) s.Set(s.iCyc).energy = Real(line, 36, 30, 0, "EUMP2 energy");
+    if ((hits & kMaxForce) && !NoEnergies()) s.Set(s.iCyc).gmax = ForceNorm(line, "Maximum Force");
+    if ((hits & kRmsForce) && !NoEnergies()) s.Set(s.iCyc).grms = ForceNorm(line, "RMS Force");
+    if ((hits & kAtomicNumber) && massCount >= 0 && massCount < s.nAtoms && Contains(line, "and mass")) Mass(line);
+    if (hits & kHarmonic) {
       ReadModes();
       return;
     }
-    if ((cls & kEqual) && Contains(line, " Enthalpy=") && Contains(line, " Free Energy=")) {
-      if (Contains(line, "G3")) {
-        Summary(kG3);
-        return;
-      }
-      if (Contains(line, "G4")) {
-        Summary(kG4);
-        return;
-      }
-      if (Contains(line, "CBS")) {
-        Summary(kCbs);
-        return;
-      }
+    if ((hits & kEnthalpy) && (hits & kFreeEnergy)) {
+      if (Contains(line, "G3")) return Summary(kG3);
+      if (Contains(line, "G4")) return Summary(kG4);
+      if (Contains(line, "CBS")) return Summary(kCbs);
     }
   }
 
@@ -226,11 +289,11 @@ struct GaussianReader {
 
   // ---- Geometry block ---------------------------------------------------------------
 
-  void ReadGeometry(std::string_view heading) {
+  void ReadGeometry(std::string_view headingLine) {
     StartGeometry(s);
     s.log.Line();
     s.log.Line(" Step =" + FmtI(s.iCyc, 5));
-    s.log.Line(TrimRight(heading));
+    s.log.Line(TrimRight(headingLine));
     std::string_view line;
     for (int k = 0; k < 4; ++k) {
       if (!in.Next(line)) return;
