@@ -122,7 +122,7 @@ void ReadXyzAtLabel(Session& s, LineReader& in) {
   const int style = s.opt.labelFieldOrder >= 1 && s.opt.labelFieldOrder <= 3 ? s.opt.labelFieldOrder : 1;
   const double factor = LengthFactor(s.opt.lengthUnit);
   const std::string label = Upper(Trim(s.opt.label));
-  s.log.Line(LeftInField(kStyleNames[style - 1], 7) + "input at label    :" + std::string(Trim(s.opt.label)));
+  s.log.Line(FmtA(kStyleNames[style - 1], 7) + "input at label    :" + std::string(Trim(s.opt.label)));
 
   in.Rewind();
   s.iCyc = 0;  // counts the occurrences of the label
@@ -130,14 +130,14 @@ void ReadXyzAtLabel(Session& s, LineReader& in) {
   while (in.Next(line)) {
     if (label.empty() || !Contains(Upper(line), label)) continue;
     StartGeometry(s);
-    s.log.Line(" Label:" + LeftInField(label, 10) + " Occurence:" + FmtI(s.iCyc, 4));
+    s.log.Line(" Label:" + FmtA(label, 10) + " Occurence:" + FmtI(s.iCyc, 4));
     if (!SkipAndEcho(s, in, s.opt.skipLines)) break;
     while (in.Next(line)) {
       if (EndsXyzBlock(line)) break;
       XyzRow row = ParseXyzRow(line, style, in);
       Vec3 bohr = Scaled(row.v, factor);
       AddAtom(s, row.z, bohr);
-      s.log.Line(LeftInField(row.word, 5) + FmtI(row.z, 4) + FmtX(2) +
+      s.log.Line(FmtA(row.word, 5) + FmtI(row.z, 4) + FmtX(2) +
                  FmtF(bohr[0] * constants::BohrToAngstrom, 15, 8) +
                  FmtF(bohr[1] * constants::BohrToAngstrom, 15, 8) +
                  FmtF(bohr[2] * constants::BohrToAngstrom, 15, 8));
@@ -303,7 +303,7 @@ void ReadGxyz(Session& s, LineReader& in) {
     while (in.Next(line)) {
       if (!Contains(Upper(line), label)) continue;
       StartGeometry(s);
-      s.log.Line(" Label:" + LeftInField(label, 25) + " Occurence:" + FmtI(s.iCyc, 4));
+      s.log.Line(" Label:" + FmtA(label, 25) + " Occurence:" + FmtI(s.iCyc, 4));
       readBlock();
     }
   }

@@ -159,10 +159,10 @@ void ResolveCentres(Session& s, ZMatrix& zm) {
       for (int j = 1; j <= n && !found; ++j)
         if (zm.atoms[j - 1].name == name) found = j;
       if (found == 0)
-        Fail(s, {" ERROR! Can not recognize atom center " + LeftInField(name, 10) + " at atom" + FmtI(k, 5)},
+        Fail(s, {" ERROR! Can not recognize atom center " + FmtA(name, 10) + " at atom" + FmtI(k, 5)},
              a.line);
       if (found >= k)
-        Fail(s, {" ERROR! Atom center " + LeftInField(name, 10) + " is not found before atom" + FmtI(k, 5)},
+        Fail(s, {" ERROR! Atom center " + FmtA(name, 10) + " is not found before atom" + FmtI(k, 5)},
              a.line);
       a.centre[i] = found;
     }
@@ -173,9 +173,9 @@ void ResolveCentres(Session& s, ZMatrix& zm) {
 void ReadValueLine(Session& s, ZMatrix& zm, const std::string& u, std::string_view line) {
   std::vector<std::string> words = SplitWords(u, kMaxWords, kWordWidth);
   const std::string& name = words.front();
-  if (words.size() < 2) Fail(s, {" ERROR! Can not get value for symbol" + LeftInField(name, 50)}, line);
+  if (words.size() < 2) Fail(s, {" ERROR! Can not get value for symbol" + FmtA(name, 50)}, line);
   std::optional<double> v = ParseFortranReal(words[1]);
-  if (!v) Fail(s, {" ERROR! Can not recognize value of variable  " + LeftInField(name, 50)}, line);
+  if (!v) Fail(s, {" ERROR! Can not recognize value of variable  " + FmtA(name, 50)}, line);
   for (SymbolRef& r : zm.refs) {
     if (r.name != name) continue;
     zm.atoms[r.atom].value[r.field] = r.sign * *v;

@@ -27,10 +27,4 @@ std::string CopyWord(std::string_view src, size_t width) {
   return std::string(src.substr(0, std::min(end, width)));
 }
 
-std::string LeftInField(std::string_view text, size_t width) {
-  std::string s(text.substr(0, std::min(text.size(), width)));
-  s.resize(width, ' ');
-  return s;
-}
-
 }  // namespace quintor

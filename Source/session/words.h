@@ -15,8 +15,4 @@ std::vector<std::string> SplitWords(std::string_view text, int maxWords, size_t 
 // The text up to its first blank, cut at `width` characters.
 std::string CopyWord(std::string_view src, size_t width = 255);
 
-// A text as it prints from a blank-padded field of `width` characters: cut
-// when longer, blanks added behind when shorter.
-std::string LeftInField(std::string_view text, size_t width);
-
 }  // namespace quintor
