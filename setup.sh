@@ -28,7 +28,8 @@ out=build/example
 mkdir -p "$out"
 cp examples/ethanol_xtb.out "$out/"
 status=0
-(cd "$out" && ../bin/quintor ethanol_xtb.out /0 </dev/null >console.txt 2>&1) || status=$?
+# The home directory holds the sample configuration and fragment database.
+(cd "$out" && QUINTOR="$(pwd)/../../data" ../bin/quintor ethanol_xtb.out /0 </dev/null >console.txt 2>&1) || status=$?
 echo
 echo "Batch run of examples/ethanol_xtb.out finished with exit status $status."
 echo "  executable : $(pwd)/build/bin/quintor"

@@ -187,3 +187,18 @@ TEST(ExitStatus, SeparateProcessNeverDiesOnASignal) {
   }
   EXPECT_EQ(ReadFile(input), kGaussian98);
 }
+
+TEST(Limits, CycleLimitOnARealOptimisation) {
+  // /C2: sets 0, 1 and 2 fit, the fourth geometry makes iCyc 3 and stops.
+  TempDir dir;
+  std::string copy = dir.File("bsl.log");
+  fs::copy_file(TestData("gaussian09/bsl_opt_freq.log"), copy);
+  auto r = RunInProcess({copy, "/0", "/C2"});
+  EXPECT_EQ(r.status, exit_status::Limit);
+  EXPECT_NE(r.console.find("\n Maximum number of cycles (  2) exceeded!\n"), std::string::npos) << r.console;
+  EXPECT_NE(r.log.find(" Step =    2"), std::string::npos);
+  EXPECT_EQ(r.log.find(" Step =    3"), std::string::npos);
+  EXPECT_EQ(r.log.find("READING FROM INPUT FILE IS FINISHED"), std::string::npos);
+  auto whole = RunInProcess({copy, "/0"});
+  EXPECT_EQ(whole.status, exit_status::Ok);
+}
