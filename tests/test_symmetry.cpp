@@ -261,6 +261,36 @@ TEST(Symmetry, ProperD3TakesTheSymmetricTopTableEntryForCn) {
   ExpectGroup(r, "C3  ", GroupCn, 3);
 }
 
+TEST(Symmetry, LowGroupsOfAsymmetricTops) {
+  Molecule trans;  // trans-ClHC=CHCl
+  trans.Add(6, {0.67, 0, 0});
+  trans.Add(6, {-0.67, 0, 0});
+  trans.Add(17, {1.5, 1.4, 0});
+  trans.Add(17, {-1.5, -1.4, 0});
+  trans.Add(1, {1.2, -0.95, 0});
+  trans.Add(1, {-1.2, 0.95, 0});
+  const SymmetryResult c2h = Recognise(trans.Placed(0.3, 0.6, 0.9, {1, 0, 0}));
+  ExpectGroup(c2h, "C2h ", GroupC2h, 2);
+  EXPECT_TRUE(c2h.index == 40010010 || c2h.index == 40010011) << c2h.index;
+
+  Molecule peroxide;  // HOOH, skewed
+  peroxide.Add(8, {0.7, 0, 0});
+  peroxide.Add(8, {-0.7, 0, 0});
+  peroxide.Add(1, {0.9, 0.3, 0.8});
+  peroxide.Add(1, {-0.9, -0.3, 0.8});
+  const SymmetryResult c2 = Recognise(peroxide.Placed(-0.4, 0.2, 1.3, {0, 2, 0}));
+  ExpectGroup(c2, "C2  ", GroupC2, 2);
+  EXPECT_EQ(c2.index, 40010000);
+
+  Molecule hocl;
+  hocl.Add(8, {0, 0, 0});
+  hocl.Add(1, {0.96, 0, 0});
+  hocl.Add(17, {-0.3, 1.65, 0});
+  const SymmetryResult cs = Recognise(hocl.Placed(0.7, -0.1, 0.4, {0, 0, 3}));
+  ExpectGroup(cs, "Cs  ", GroupCs, 1);
+  EXPECT_TRUE(cs.index == 40001000 || cs.index == 40000100 || cs.index == 40000010) << cs.index;
+}
+
 TEST(Symmetry, ChiralMoleculeIsC1) {
   Molecule m;  // CHFClBr
   m.Add(6, {0, 0, 0});

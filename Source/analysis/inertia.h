@@ -78,6 +78,7 @@ struct PrincipalFrameResult {
 // are turned into the principal frame: the largest moment along X, the
 // smallest along Z, so that a prolate top has its unique axis along Z and an
 // oblate one along X. For oblate tops (and NoTop) the centre is added back.
+// Throws JacobiFailure like AnalyseInertia.
 PrincipalFrameResult PrincipalFrame(int axisOrder, int handedness, int rotate,
                                     const std::vector<Vec3>& xyzAngstrom,
                                     const std::vector<double>& mass);

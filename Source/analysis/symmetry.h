@@ -47,7 +47,8 @@ struct SymmetryResult {
 
 // Recognises the point group of a geometry in bohr, centred or not, with
 // nuclear numbers and masses in amu. `symEps` is the per-coordinate
-// tolerance in Angstrom.
+// tolerance in Angstrom. Throws JacobiFailure when the inertia tensor does
+// not converge.
 SymmetryResult RecogniseSymmetry(const std::vector<int>& nuclear, const std::vector<double>& mass,
                                  const std::vector<Vec3>& xyzBohr, double symEps);
 
