@@ -252,13 +252,24 @@ TEST(Symmetry, TwistedEthyleneIsD2AndHasNoName) {
   ExpectGroup(Recognise(Ethylene(0)), "D2h ", GroupD2h, 4);
 }
 
-TEST(Symmetry, ProperD3TakesTheSymmetricTopTableEntryForCn) {
-  // Twisted ethane has only rotations: C3 and three C2 across it. The tests
-  // of the symmetric top see the C3 and nothing else, which the table names Cn.
+TEST(Symmetry, ProperD3IsReportedByTheAsymmetricBranch) {
+  // Twisted ethane has only rotations: C3 and three C2 across it. A proper
+  // Dn is none of the symmetric-top groups, so it goes on as an asymmetric
+  // top, which sees at most a twofold axis.
   const SymmetryResult r = Recognise(Ethane(25).Placed(0.2, 0.5, 0.0, {0, 0, 0}));
-  EXPECT_EQ(r.top, ProlateTop);
-  EXPECT_EQ(r.index, 23100000);
-  ExpectGroup(r, "C3  ", GroupCn, 3);
+  EXPECT_EQ(r.top, AsymmetricTop);
+  EXPECT_TRUE(r.groupCode == GroupC2 || r.groupCode == GroupC1) << r.groupName;
+  EXPECT_LE(r.symmetryNumber, 2);
+
+  // With the two methyl groups made different, the C2 axes go and the C3 stays.
+  Molecule c3;
+  c3.Add(6, {0, 0, 0.7655});
+  c3.Add(6, {0, 0, -0.7655});
+  for (int k = 0; k < 3; ++k) c3.Add(1, Polar(1.018, 120.0 * k, 1.1607));
+  for (int k = 0; k < 3; ++k) c3.Add(1, Polar(1.05, 120.0 * k + 25, -1.20));
+  const SymmetryResult pure = Recognise(c3.Placed(0.2, 0.5, 0.0, {0, 0, 0}));
+  EXPECT_EQ(pure.index, 23100000);
+  ExpectGroup(pure, "C3  ", GroupCn, 3);
 }
 
 TEST(Symmetry, LowGroupsOfAsymmetricTops) {

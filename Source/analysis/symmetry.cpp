@@ -149,6 +149,9 @@ class Recogniser {
           b = TestOperation(MakeOperation(2, 2 * n), c);
           cc = TestOperation(MakeOperation(3, 0), c);
           d = FindVerticalMirror(c);
+          // A twofold axis across the main one makes a proper Dn, which is
+          // none of the groups below: it goes on as an asymmetric top.
+          if (a * 1000 + b * 100 + cc * 10 + d == 1000 && HasPerpendicularC2(c)) a = 0;
           switch (a * 1000 + b * 100 + cc * 10 + d) {
             case 1000: out_.groupCode = GroupCn; break;
             case 1001: out_.groupCode = GroupCnv; break;
@@ -301,6 +304,24 @@ class Recogniser {
       }
     }
     return 0;
+  }
+
+  // A twofold axis in the XY plane. It maps an atom to one of its kind at
+  // the opposite height, so the candidates are the bisectors of the first
+  // atom off the plane (or off the axis) with each such partner.
+  bool HasPerpendicularC2(const Coords& c) {
+    const Mat3 c2x = DiagonalMatrix(1, -1, -1);
+    for (size_t i = 0; i < c.size(); ++i) {
+      if (std::hypot(c[i][0], c[i][1]) < MirrorSearchRadius) continue;
+      for (size_t j = 0; j < c.size(); ++j) {
+        if (nuclear_[j] != nuclear_[i] || std::fabs(c[j][2] + c[i][2]) > eps_) continue;
+        const double angle = 0.5 * (std::atan2(c[i][1], c[i][0]) + std::atan2(c[j][1], c[j][0]));
+        if (TestOperation(c2x, Turned(RotationZ(-angle), c))) return true;
+        if (TestOperation(c2x, Turned(RotationZ(-angle - constants::Pi / 2), c))) return true;
+      }
+      return false;
+    }
+    return false;
   }
 
   const std::vector<int>& nuclear_;
