@@ -2,7 +2,9 @@
 // the precise table, and the /V@ round trip.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <cstdio>
 
 #include "analysis/bond_radii.h"
 #include "session/run.h"
@@ -19,6 +21,21 @@ const std::string kWater =
     "O   0.000000   0.000000   0.117300\n"
     "H   0.000000   0.757200  -0.469200\n"
     "H   0.000000  -0.757200  -0.469200\n";
+
+// The water above moved to its mass centre (masses of the readers' table),
+// in angstrom: the working coordinates after the report.
+std::array<Vec3, 3> CentredWater() {
+  const double mo = 15.99491, mh = 1.00782;
+  const double zc = (mo * 0.1173 + 2 * mh * -0.4692) / (mo + 2 * mh);
+  return {Vec3{0, 0, 0.1173 - zc}, Vec3{0, 0.7572, -0.4692 - zc}, Vec3{0, -0.7572, -0.4692 - zc}};
+}
+
+std::string Row(const char* name, int z, const Vec3& r, int width, int decimals, double factor = 1.0) {
+  char buf[160];
+  std::snprintf(buf, sizeof buf, " %-5s  %2d %*.*f%*.*f%*.*f", name, z, width, decimals, r[0] * factor, width,
+                decimals, r[1] * factor, width, decimals, r[2] * factor);
+  return buf;
+}
 
 std::string Block(const std::string& log, const std::string& from, int lines) {
   size_t at = log.find(from);
@@ -46,9 +63,10 @@ TEST(FinishLog, UntouchedViewUnderBatchMode) {
             std::string::npos)
       << r.log;
   // Rows: name, nuclear number, coordinates, bond partners by the 1.15 rule.
-  EXPECT_NE(r.log.find(" O1      8     0.000000    0.000000    0.117300   2   3\n"
-                       " H2      1     0.000000    0.757200   -0.469200   1\n"),
-            std::string::npos);
+  const auto w = CentredWater();
+  EXPECT_NE(r.log.find(Row("O1", 8, w[0], 12, 6) + "   2   3\n" + Row("H2", 1, w[1], 12, 6) + "   1\n"),
+            std::string::npos)
+      << r.log;
   EXPECT_NE(r.log.find("Last view coordinates and bonds in a laboratory (fixed) frame, (A):"), std::string::npos);
   EXPECT_EQ(r.log.find("User-defined precision"), std::string::npos);
 }
@@ -62,7 +80,7 @@ TEST(FinishLog, ViewFromTheCommandLineAndBackThroughAFile) {
   ASSERT_FALSE(block.empty());
   // The laboratory table is the view matrix applied to the molecular one.
   Mat3 r = BuildViewMatrix(30 * constants::DegToRad, -45 * constants::DegToRad, 60 * constants::DegToRad);
-  Vec3 h{0.0, 0.7572, -0.4692};
+  Vec3 h = CentredWater()[1];
   Vec3 lab{};
   for (int i = 0; i < 3; ++i) lab[i] = r[i][0] * h[0] + r[i][1] * h[1] + r[i][2] * h[2];
   char row[80];
@@ -82,20 +100,20 @@ TEST(FinishLog, ViewFromTheCommandLineAndBackThroughAFile) {
 TEST(FinishLog, PreciseTableInEachUnit) {
   TempDir dir;
   std::string input = dir.Write("w.xyz", kWater);
+  const auto w = CentredWater();
   auto a = RunInProcess({input, "/X2", "/0", "/PREC14.8"});
   EXPECT_NE(a.log.find("User-defined precision/units output for coordinates in a molecular (moving) frame:\n"
-                       "Coordinates will be printed by format F14. 8 Coordinate units: ANGSTROEMS\n"
-                       " O1      8     0.00000000    0.00000000    0.11730000\n"
-                       " H2      1     0.00000000    0.75720000   -0.46920000\n"),
+                       "Coordinates will be printed by format F14. 8 Coordinate units: ANGSTROEMS\n" +
+                       Row("O1", 8, w[0], 14, 8) + "\n" + Row("H2", 1, w[1], 14, 8) + "\n"),
             std::string::npos)
       << a.log;
   auto b = RunInProcess({input, "/X2", "/0", "/PRECAU"});
-  EXPECT_NE(b.log.find("Coordinates will be printed by format F20.12 Coordinate units: BOHR\n"
-                       " O1      8       0.000000000000      0.000000000000      0.221664875509\n"),
+  EXPECT_NE(b.log.find("Coordinates will be printed by format F20.12 Coordinate units: BOHR\n" +
+                       Row("O1", 8, w[0], 20, 12, constants::AngstromToBohr) + "\n"),
             std::string::npos)
       << b.log;
   auto c = RunInProcess({input, "/X2", "/0", "/PRECNM12.5"});
-  EXPECT_NE(c.log.find(" H3      1      0.00000    -0.07572    -0.04692\n"), std::string::npos) << c.log;
+  EXPECT_NE(c.log.find(Row("H3", 1, w[2], 12, 5, 0.1) + "\n"), std::string::npos) << c.log;
 }
 
 TEST(ViewModel, MatrixAnglesPerspectiveAndRotation) {

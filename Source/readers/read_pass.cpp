@@ -8,6 +8,7 @@
 
 #include "readers/elements.h"
 #include "readers/readers.h"
+#include "session/report.h"
 
 namespace quintor {
 
@@ -265,6 +266,7 @@ void FinishReadPass(Session& s) {
   SettleMasses(s);
   s.atomName.resize(static_cast<size_t>(s.nAtoms));
   for (int i = 0; i < s.nAtoms; ++i) s.atomName[i] = AtomName(s.atomicNumber[i], i + 1);
+  OrientAllSets(s);
 
   PrintCycleTable(s);
   if (!s.electronicEnergyFromSummary) s.electronicEnergy = s.lowestEnergy;

@@ -13,6 +13,7 @@
 #include "session/command_line.h"
 #include "session/config_file.h"
 #include "session/file_names.h"
+#include "session/report.h"
 #include "session/spec_file.h"
 #include "viewer/view_model.h"
 
@@ -191,6 +192,7 @@ int RunQuintor(Session& s, const std::vector<std::string>& args) {
     if (!StartUp(s, in, status)) return Stop(s, status);
     ReadPass(s, in);
     in.Close();
+    PostReadReport(s);
     s.view = StartingView(s.opt);  // under /0 the view is never touched
     return EndRun(s);
   } catch (const FatalReadError& e) {

@@ -1,0 +1,104 @@
+#include "session/report.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+#include <utility>
+
+#include "analysis/inertia.h"
+#include "analysis/symmetry.h"
+#include "numeric/fortran_io.h"
+#include "numeric/jacobi.h"
+#include "readers/elements.h"
+
+namespace quintor {
+
+namespace {
+
+void WriteLines(Session& s, const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) s.log.Line(line);
+}
+
+void ParametersInEffect(Session& s, const SymmetryAnalysis& symmetry) {
+  const Options& o = s.opt;
+  s.log.Line();
+  s.log.Line(" ****** PARAMETERS IN EFFECT *******");
+  s.log.Line(" Temperature, K, set to  :" + FmtF(o.temperature, 10, 2));
+  s.log.Line(" Pressure, Pa,   set to  :" + FmtF(o.pressure, 10, 2));
+  s.log.Line(" Rotation number set to  :" + FmtI(std::lround(o.rotationNumber), 10));
+  s.log.Line(" H-bond length, A, set to:" + FmtF(o.hBondLength, 10, 2));
+  s.log.Line(" Internal rotations found:" + FmtI(static_cast<long long>(s.rotors.size()), 10));
+  s.log.Line(" Coordinate sets found   :" + FmtI(std::max(s.iCyc, 0), 10));
+  s.log.Line(" Frequencies found       :" + FmtI(static_cast<long long>(s.modes.size()), 10));
+  s.log.Line(" Num. of imaginary freqs :" + FmtI(s.nImag, 10));
+  s.log.Line(" Frequencies scaled by   :" + FmtF(o.freqScale, 10, 4));
+  s.log.Line(" Frequencies used in TD  >" + FmtF(o.freqBottom, 10, 2) + " cm-1");
+  s.log.Line(" Number of atoms         :" + FmtI(s.nAtoms, 10));
+  s.log.Line(" Molecular mass          :" + FmtF(s.molMass, 10, 4));
+  s.log.Line(" Symmetry group          : " + FmtA(symmetry.groupName, 4));
+  s.log.Line(" Approximate symmetry    : " + FmtA(symmetry.approximateName, 4) + FmtX(5));
+  s.log.Line(" Stoichiometry           : " + FmtA(Stoichiometry(s), 20));
+  s.log.Line(" ***********************************");
+}
+
+}  // namespace
+
+std::string Stoichiometry(const Session& s) {
+  std::vector<std::pair<std::string, int>> parts;
+  for (int z = 0; z < ElementKinds; ++z) {
+    if (s.elementCount[z] == 0) continue;
+    std::string symbol;
+    for (char c : ElementSymbol(z))
+      if (c != ' ') symbol.push_back(c);
+    if (symbol.empty()) symbol = "Z" + std::to_string(z);
+    parts.emplace_back(symbol, s.elementCount[z]);
+  }
+  auto rank = [](const std::string& symbol) { return symbol == "C" ? 0 : symbol == "H" ? 1 : 2; };
+  const bool carbon = s.elementCount[6] > 0;
+  std::stable_sort(parts.begin(), parts.end(), [&](const auto& a, const auto& b) {
+    int ra = carbon ? rank(a.first) : 2, rb = carbon ? rank(b.first) : 2;
+    return ra != rb ? ra < rb : a.first < b.first;
+  });
+  std::string formula;
+  for (const auto& [symbol, count] : parts) formula += symbol + (count > 1 ? std::to_string(count) : "");
+  return formula;
+}
+
+void OrientAllSets(Session& s) {
+  if (!s.opt.orient) return;
+  std::vector<std::vector<Vec3>> sets;
+  for (int i = -1; i <= s.iCyc; ++i) sets.push_back(std::move(s.Set(i).xyz));
+  std::vector<std::vector<Vec3>> modes;
+  for (VibMode& m : s.modes) modes.push_back(std::move(m.disp));
+  OrientedSets oriented =
+      OrientSetsByAtoms(sets, -1, s.opt.orientAtoms, s.atomName, s.atomicNumber, modes);
+  for (int i = -1; i <= s.iCyc; ++i) s.Set(i).xyz = std::move(sets[static_cast<size_t>(i + 1)]);
+  for (size_t k = 0; k < s.modes.size(); ++k) s.modes[k].disp = std::move(modes[k]);
+  WriteLines(s, oriented.lines);
+}
+
+void PostReadReport(Session& s) {
+  s.nImag = static_cast<int>(std::count_if(s.modes.begin(), s.modes.end(), [](const VibMode& m) { return m.freq < 0.0; }));
+  SymmetryAnalysis symmetry;
+  try {
+    const InertiaAnalysis inertia = AnalyseInertia(s.xyz, s.atomMass);
+    s.log.Line();
+    WriteLines(s, InertiaReportLines(inertia, s.atomName, s.atomicNumber, s.xyz));
+    s.xyz = inertia.centred;
+
+    symmetry = AnalyseSymmetry(s.atomicNumber, s.atomMass, s.xyz, s.opt.symEps, s.opt.noSymmetry);
+    // Under /0 nothing waits for a key: the texts only go to the screen.
+    for (const std::string& line : symmetry.consoleLines) s.Console() << line << "\n";
+    const RotationNumberChoice rotation = ChooseRotationNumber(
+        symmetry.off ? 1 : symmetry.RotationNumber(), s.opt.rotationNumberByUser, s.opt.rotationNumber);
+    s.opt.rotationNumber = rotation.value;
+    s.opt.symEps = symmetry.symEpsAfter;
+    s.log.Line();
+    WriteLines(s, SymmetryReportLines(symmetry, rotation));
+  } catch (const JacobiFailure& e) {
+    s.log.Line(std::string(" ") + e.what());
+  }
+  ParametersInEffect(s, symmetry);
+}
+
+}  // namespace quintor
