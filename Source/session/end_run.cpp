@@ -1,12 +1,11 @@
 // The end of the interactive work and of the run: the last view written to
 // the MainLog, the evaluation, and the closing of the files.
 #include <algorithm>
-#include <cmath>
 #include <string>
 
-#include "analysis/bond_radii.h"
 #include "numeric/fortran_io.h"
 #include "session/run.h"
+#include "thermo/thermo.h"
 #include "viewer/view_model.h"
 
 namespace quintor {
@@ -14,26 +13,6 @@ namespace quintor {
 namespace {
 
 constexpr double kA = constants::BohrToAngstrom;
-
-// Bond partners of each atom by the viewer's rule: 1.15 times the sum of the
-// bond radii, H...N/O up to the H-bond length when H-bonds are shown; at most
-// 16 partners, in rising order.
-std::vector<std::vector<int>> ViewerBonds(const Session& s) {
-  std::vector<std::vector<int>> bonds(static_cast<size_t>(s.nAtoms));
-  auto hPair = [](int a, int b) { return (a == 1 && (b == 7 || b == 8)) || (b == 1 && (a == 7 || a == 8)); };
-  for (int i = 0; i < s.nAtoms; ++i) {
-    for (int j = 0; j < s.nAtoms; ++j) {
-      if (i == j) continue;
-      const int zi = s.atomicNumber[i], zj = s.atomicNumber[j];
-      double d2 = 0.0;
-      for (int k = 0; k < 3; ++k) d2 += std::pow((s.xyz[i][k] - s.xyz[j][k]) * kA, 2);
-      double limit = 1.15 * (BondRadius(zi) + BondRadius(zj));
-      if (s.opt.showHBonds && hPair(zi, zj)) limit = s.opt.hBondLength;
-      if (std::sqrt(d2) <= limit && bonds[i].size() < 16) bonds[i].push_back(j + 1);
-    }
-  }
-  return bonds;
-}
 
 void CoordinateTable(Session& s, std::string_view title, bool laboratory,
                      const std::vector<std::vector<int>>& bonds) {
@@ -94,6 +73,7 @@ void FinishLog(Session& s) {
 
 int EndRun(Session& s) {
   FinishLog(s);
+  if (s.opt.doThermo) CalcTD(s);
   s.log.Close(s.opt.noLog);
   return exit_status::Ok;
 }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "analysis/bond_radii.h"
 #include "analysis/vec3_ops.h"
 #include "numeric/fortran_io.h"
 #include "readers/line_reader.h"
@@ -123,6 +124,24 @@ Vec3 FinalViewAngles(const Mat3& r) {
     third = std::atan2(r[1][0], r[0][0]);
   }
   return {first / constants::DegToRad, mid / constants::DegToRad, third / constants::DegToRad};
+}
+
+std::vector<std::vector<int>> ViewerBonds(const Session& s) {
+  constexpr double kA = constants::BohrToAngstrom;
+  std::vector<std::vector<int>> bonds(static_cast<size_t>(s.nAtoms));
+  auto hPair = [](int a, int b) { return (a == 1 && (b == 7 || b == 8)) || (b == 1 && (a == 7 || a == 8)); };
+  for (int i = 0; i < s.nAtoms; ++i) {
+    for (int j = 0; j < s.nAtoms; ++j) {
+      if (i == j) continue;
+      const int zi = s.atomicNumber[i], zj = s.atomicNumber[j];
+      double d2 = 0.0;
+      for (int k = 0; k < 3; ++k) d2 += std::pow((s.xyz[i][k] - s.xyz[j][k]) * kA, 2);
+      double limit = 1.15 * (BondRadius(zi) + BondRadius(zj));
+      if (s.opt.showHBonds && hPair(zi, zj)) limit = s.opt.hBondLength;
+      if (std::sqrt(d2) <= limit && bonds[i].size() < 16) bonds[i].push_back(j + 1);
+    }
+  }
+  return bonds;
 }
 
 }  // namespace quintor

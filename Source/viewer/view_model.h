@@ -37,4 +37,9 @@ bool ReadViewFile(const std::string& path, ViewState& v);
 // the middle one from R(3,3) by arc cosine, the others by arc tangents.
 Vec3 FinalViewAngles(const Mat3& r);
 
+// Bond partners of each atom (1-based) by the viewer's rule: 1.15 times the
+// sum of the bond radii, H...N/O up to the H-bond length when H-bonds are
+// shown; at most 16 partners, in rising order.
+std::vector<std::vector<int>> ViewerBonds(const Session& s);
+
 }  // namespace quintor
