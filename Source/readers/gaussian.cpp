@@ -16,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "analysis/inertia.h"
 #include "numeric/fortran_io.h"
 #include "numeric/jacobi.h"
 #include "readers/elements.h"
@@ -316,31 +317,14 @@ struct GaussianReader {
 
   // Linear when the two larger principal moments agree and the third is zero.
   bool IsLinear(const std::vector<double>& mass) const {
-    const auto& xyz = s.Set(s.iCyc).xyz;
-    const size_t n = std::min(mass.size(), xyz.size());
-    double total = 0.0;
-    Vec3 c{0.0, 0.0, 0.0};
-    for (size_t i = 0; i < n; ++i) {
-      total += mass[i];
-      for (int k = 0; k < 3; ++k) c[k] += mass[i] * xyz[i][k];
-    }
-    if (total != 0.0)
-      for (int k = 0; k < 3; ++k) c[k] /= total;
-    std::vector<std::vector<double>> t(3, std::vector<double>(3, 0.0));
-    for (size_t i = 0; i < n; ++i) {
-      double x = xyz[i][0] - c[0], y = xyz[i][1] - c[1], z = xyz[i][2] - c[2];
-      double m = mass[i];
-      t[0][0] += m * (y * y + z * z);
-      t[1][1] += m * (x * x + z * z);
-      t[2][2] += m * (x * x + y * y);
-      t[0][1] -= m * x * y;
-      t[0][2] -= m * x * z;
-      t[1][2] -= m * y * z;
-    }
-    t[1][0] = t[0][1];
-    t[2][0] = t[0][2];
-    t[2][1] = t[1][2];
-    Eigensystem e = Jacobi(std::move(t), -1);  // descending: I1 >= I2 >= I3
+    std::vector<Vec3> xyz = s.Set(s.iCyc).xyz;
+    xyz.resize(std::min(mass.size(), xyz.size()));
+    const std::vector<double> m(mass.begin(), mass.begin() + static_cast<std::ptrdiff_t>(xyz.size()));
+    const Vec3 c = MassCentre(xyz, m);
+    for (Vec3& p : xyz) p = {p[0] - c[0], p[1] - c[1], p[2] - c[2]};
+    const Mat3 t = InertiaTensor(xyz, m);
+    Eigensystem e = Jacobi({{t[0][0], t[0][1], t[0][2]}, {t[1][0], t[1][1], t[1][2]}, {t[2][0], t[2][1], t[2][2]}},
+                           -1);  // descending: I1 >= I2 >= I3
     const auto& I = e.values;
     return std::fabs(I[0] - I[1]) < 0.001 && std::fabs(I[2]) < 0.001;
   }
