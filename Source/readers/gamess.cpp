@@ -1,10 +1,402 @@
 // Reader of GAMESS(US) and PC GAMESS 4-7 logs.
+//
+// Line-driven like the Gaussian reader: the read pass hands it every line,
+// and it pulls further lines itself only inside a block (a geometry, the
+// starting point, the atomic weights, the normal modes). Every anchor is a
+// plain substring search; one scan of the line for the few characters the
+// anchors carry decides which of them can stand in it at all, so that the
+// numeric rows that make up most of a log cost one pass over their bytes.
+//
+// What is taken from the log:
+//  - each "1NSERCH" (PC GAMESS) or "BEGINNING GEOMETRY SEARCH POINT NSERCH="
+//    (GAMESS(US)) point and each "LOCATED *****" geometry is one coordinate
+//    set, read from the "COORDINATES OF ALL ATOMS ARE (ANGS)" block below it;
+//  - "NSERCH= S  ENERGY= E" stores E in set S, by the printed step number;
+//  - "MAXIMUM GRADIENT" gives GMax and GRms of the current set;
+//  - the starting point (bohr) is set -1;
+//  - the masses come from the ATOMIC WEIGHTS block;
+//  - GAMESS prints all 3N modes, translations and rotations too, and they
+//    are all stored, in the order of the log.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "numeric/fortran_io.h"
 #include "readers/readers.h"
+#include "session/spec_file.h"
 
 namespace quintor {
 
+namespace {
+
+// The log prints IR intensities in Debye^2/(amu A^2); this turns them into km/mol.
+constexpr double kIntensityToKmPerMol = 42.2547;
+
+// Lines allowed between the displacement rows of one column block and the
+// frequency line of the next (Sayvetz conditions and the mode numbers: 12
+// lines in PC GAMESS 5-7 and GAMESS(US), 14 in PC GAMESS 4).
+constexpr int kMaxLinesBetweenBlocks = 40;
+
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+// Columns first..first+width-1 (1-based); what lies beyond the line reads blank.
+std::string_view Cols(std::string_view line, int first, int width) {
+  size_t b = static_cast<size_t>(first - 1);
+  if (b >= line.size()) return {};
+  return line.substr(b, static_cast<size_t>(width));
+}
+
+bool AllBlank(std::string_view s) {
+  for (char c : s)
+    if (!IsBlank(c)) return false;
+  return true;
+}
+
+// ---- Anchor scan -----------------------------------------------------------------
+//
+// Each anchor holds one of the key characters "N", "*", "U", "(" or "Q"; the
+// line is scanned once for these, and at each one the text around it is
+// compared with the anchors that carry it there.
+
+enum Anchor : unsigned {
+  kNserch = 1u << 0,        // "NSERCH": a search point or an energy line
+  kLocated = 1u << 1,       // "LOCATED *****"
+  kMaxGradient = 1u << 2,   // "MAXIMUM G"
+  kStateMult = 1u << 3,     // "STATE MULTIPLICITY                  ="
+  kMult = 1u << 4,          // "MULT  ="
+  kStartPoint = 1u << 5,    // "ATOM      ATOMIC                      COORDINATES (BOHR)"
+  kWeights = 1u << 6,       // "ATOMIC WEIGHTS (AMU)"
+  kFrequency = 1u << 7,     // "      FREQUENCY:"
+};
+
+constexpr std::string_view kStateMultText = "STATE MULTIPLICITY                  =";
+constexpr std::string_view kStartPointText = "ATOM      ATOMIC                      COORDINATES (BOHR)";
+constexpr std::string_view kFrequencyText = "      FREQUENCY:";
+
+enum KeyChar : unsigned char { kNone, kCapitalN, kStar, kCapitalU, kParen, kCapitalQ };
+
+constexpr std::array<unsigned char, 256> MakeKeyTable() {
+  std::array<unsigned char, 256> t{};
+  t[static_cast<unsigned char>('N')] = kCapitalN;
+  t[static_cast<unsigned char>('*')] = kStar;
+  t[static_cast<unsigned char>('U')] = kCapitalU;
+  t[static_cast<unsigned char>('(')] = kParen;
+  t[static_cast<unsigned char>('Q')] = kCapitalQ;
+  return t;
+}
+constexpr std::array<unsigned char, 256> kKey = MakeKeyTable();
+
+// Whether `anchor` stands in `line` with its character `at` at position p.
+bool Around(std::string_view line, size_t p, std::string_view anchor, size_t at) {
+  return p >= at && p - at + anchor.size() <= line.size() && line.compare(p - at, anchor.size(), anchor) == 0;
+}
+
+inline void AnchorsAt(std::string_view line, size_t p, unsigned& hits) {
+  switch (kKey[static_cast<unsigned char>(line[p])]) {
+    case kNone:
+      break;
+    case kCapitalN:
+      if (Around(line, p, "NSERCH", 0)) hits |= kNserch;
+      break;
+    case kStar:
+      if (Around(line, p, "LOCATED *****", 8)) hits |= kLocated;
+      break;
+    case kCapitalU:
+      if (Around(line, p, "MAXIMUM G", 5)) hits |= kMaxGradient;
+      if (Around(line, p, kStateMultText, 7)) hits |= kStateMult;
+      if (Around(line, p, "MULT  =", 1)) hits |= kMult;
+      break;
+    case kParen:
+      if (Around(line, p, kStartPointText, kStartPointText.size() - 6)) hits |= kStartPoint;
+      if (Around(line, p, "ATOMIC WEIGHTS (AMU)", 15)) hits |= kWeights;
+      break;
+    case kCapitalQ:
+      if (Around(line, p, kFrequencyText, 9)) hits |= kFrequency;
+      break;
+  }
+}
+
+#if defined(__GNUC__) || defined(__clang__)
+// Sixteen characters at a time: most chunks hold no key character at all.
+using Chunk = unsigned char __attribute__((vector_size(16)));
+
+inline Chunk Splat(unsigned char c) {
+  Chunk v;
+  for (int i = 0; i < 16; ++i) v[i] = c;
+  return v;
+}
+
+inline bool HoldsKey(const char* d) {
+  Chunk v;
+  std::memcpy(&v, d, sizeof v);
+  Chunk m = (v == Splat('N')) | (v == Splat('*')) | (v == Splat('U')) | (v == Splat('(')) | (v == Splat('Q'));
+  std::uint64_t lo, hi;
+  std::memcpy(&lo, &m, 8);
+  std::memcpy(&hi, reinterpret_cast<const char*>(&m) + 8, 8);
+  return (lo | hi) != 0;
+}
+#else
+inline bool HoldsKey(const char* d) {
+  for (int i = 0; i < 16; ++i)
+    if (kKey[static_cast<unsigned char>(d[i])] != kNone) return true;
+  return false;
+}
+#endif
+
+unsigned FindAnchors(std::string_view line) {
+  unsigned hits = 0;
+  const size_t n = line.size();
+  size_t p = 0;
+  for (; p + 16 <= n; p += 16)
+    if (HoldsKey(line.data() + p))
+      for (size_t k = p; k < p + 16; ++k) AnchorsAt(line, k, hits);
+  for (; p < n; ++p) AnchorsAt(line, p, hits);
+  return hits;
+}
+
+// ---- The reader ---------------------------------------------------------------------
+
+struct GamessReader {
+  Session& s;
+  LineReader& in;
+
+  // Modes per column block: 5, and 9 for PC GAMESS v.4.
+  int width = 5;
+
+  GamessReader(Session& session, LineReader& reader) : s(session), in(reader) {
+    if (s.opt.formatCode == 2) width = 9;
+  }
+
+  bool NoEnergies() const { return s.opt.noEnergies || !s.opt.readEnergies; }
+
+  // A fixed-column real; a field that can not be read stops the run.
+  double Real(std::string_view line, int first, int w, int decimals, const char* field) {
+    if (auto v = ParseFortranReal(Cols(line, first, w), decimals)) return *v;
+    return ReadFixedReal(line, first, w, decimals, PlaceIn(in, field));
+  }
+  long long Int(std::string_view line, int first, int w, const char* field) {
+    if (auto v = ParseFortranInt(Cols(line, first, w))) return *v;
+    return ReadFixedInt(line, first, w, PlaceIn(in, field));
+  }
+
+  void operator()(std::string_view line) {
+    const unsigned hits = FindAnchors(line);
+    if (hits == 0) return;
+
+    // A search point: PC GAMESS heads it "1NSERCH=", GAMESS(US) "BEGINNING
+    // GEOMETRY SEARCH POINT NSERCH=".
+    if (((hits & kNserch) && (Contains(line, "1NSERCH") || Contains(line, "GEOMETRY SEARCH POINT NSERCH="))) ||
+        (hits & kLocated)) {
+      ReadGeometry(line);
+      return;  // the block has read past this line
+    }
+    if ((hits & kNserch) && !NoEnergies() && Contains(line, "ENERGY")) StepEnergy(line);
+    if ((hits & kMaxGradient) && !NoEnergies()) {
+      CoordSet& set = s.Set(s.iCyc);
+      set.gmax = Real(line, 29, 11, 0, "maximum gradient");
+      set.grms = Real(line, 58, 10, 0, "RMS gradient");
+    }
+    if ((hits & kStateMult) && s.opt.multiplicity == -1)
+      s.opt.multiplicity = static_cast<int>(Int(line, 39, 5, "state multiplicity"));
+    if ((hits & kMult) && s.opt.multiplicity == -1) Multiplicity(line);
+    if (hits & kStartPoint) {
+      ReadStartingPoint(line);
+      return;
+    }
+    if (hits & kWeights) {
+      ReadMasses(line);
+      return;
+    }
+    if (hits & kFrequency) ReadModes(line);
+  }
+
+  // ---- Energies, multiplicity -----------------------------------------------------
+
+  // "NSERCH=  S     ENERGY=    E": the energy belongs to set S, whatever set
+  // is current; a step number printed before its geometry is found there later.
+  void StepEnergy(std::string_view line) {
+    const int step = static_cast<int>(Int(line, 18, 3, "step number"));
+    const double e = Real(line, 33, 16, 0, "energy");
+    if (step >= -1) s.Set(step).energy = e;
+  }
+
+  // "MULT  =": PC GAMESS prints the value three columns further right than
+  // GAMESS(US), so the number that follows the "=" is taken.
+  void Multiplicity(std::string_view line) {
+    size_t at = line.find("MULT  =");
+    std::string_view rest = line.substr(at + 7);
+    auto items = FreeFormItems(rest.substr(0, std::min<size_t>(rest.size(), 12)));
+    if (items.empty()) return;
+    if (auto v = ReadFreeInt(items.front(), PlaceIn(in, "multiplicity"))) s.opt.multiplicity = static_cast<int>(*v);
+  }
+
+  // ---- Coordinate blocks ------------------------------------------------------------
+
+  // An atom row: name in columns 1-12, nuclear charge in columns 13-16.
+  int NuclearNumber(std::string_view line) {
+    return static_cast<int>(std::lround(Real(line, 13, 4, 1, "nuclear charge")));
+  }
+
+  // A search point or a located geometry: the geometry is the "COORDINATES OF
+  // ALL ATOMS" block below the heading, in Angstrom.
+  void ReadGeometry(std::string_view heading) {
+    std::string_view line = heading;
+    while (!Contains(line, "COORDINATES OF ALL ATOMS"))
+      if (!in.Next(line)) return;  // a file that ends here has no further geometry
+    StartGeometry(s);
+    s.log.Line();
+    s.log.Line(" NSEARCH =" + FmtI(s.iCyc, 5));
+    s.log.Line(TrimRight(line));
+    for (int k = 0; k < 2; ++k) {
+      if (!in.Next(line)) return;
+      s.log.Line(TrimRight(line));
+    }
+    while (in.Next(line)) {
+      s.log.Line(TrimRight(line));
+      if (Contains(line, "-----") || Contains(line, ".....") || AllBlank(Cols(line, 1, 5))) break;
+      const int z = NuclearNumber(line);
+      Vec3 r;
+      for (int k = 0; k < 3; ++k)
+        r[k] = Real(line, 17 + 15 * k, 15, 10, "coordinate") * constants::AngstromToBohr;
+      AddAtom(s, z, r);
+    }
+  }
+
+  // The starting point, in bohr: set -1, the starting geometry, whatever
+  // set is current.
+  void ReadStartingPoint(std::string_view heading) {
+    s.nAtoms = 0;
+    s.coordsFound = true;
+    s.Set(-1).xyz.clear();
+    s.log.Line();
+    s.log.Line("Starting point:");
+    s.log.Line();
+    s.log.Line(TrimRight(heading));
+    std::string_view line;
+    if (!in.Next(line)) return;
+    s.log.Line(TrimRight(line));
+    const int current = s.iCyc;
+    while (in.Next(line)) {
+      if (AllBlank(line)) break;
+      s.log.Line(TrimRight(line));
+      const int z = NuclearNumber(line);
+      Vec3 r;
+      for (int k = 0; k < 3; ++k) r[k] = Real(line, 19 + 20 * k, 15, 10, "coordinate");
+      s.iCyc = -1;  // AddAtom stores into the current set
+      AddAtom(s, z, r);
+      s.iCyc = current;
+    }
+  }
+
+  // ---- Masses -------------------------------------------------------------------------
+
+  void ReadMasses(std::string_view heading) {
+    s.log.Line(TrimRight(heading));
+    std::string_view line;
+    if (!in.Next(line)) return;
+    s.log.Line(TrimRight(line));
+    const size_t n = static_cast<size_t>(s.nAtoms);
+    std::vector<double> mass(n);
+    double total = 0.0;
+    for (size_t i = 0; i < n; ++i) {
+      if (!in.Next(line)) return;  // a cut block: the table gives the masses
+      mass[i] = Real(line, 22, 14, 5, "atomic mass");
+      total += mass[i];
+      s.log.Line(TrimRight(line));
+    }
+    s.inputMass = std::move(mass);
+    s.massBlockRead = true;
+    s.molMass = total;
+    StatusMessage(s, " Atomic massses found");
+  }
+
+  // ---- Modes ---------------------------------------------------------------------------
+
+  // One column block: the frequency line, the labelled rows under it down to
+  // an empty line, then three displacement rows per atom. Values stand from
+  // column 21, 12 columns each.
+  bool ReadColumnBlock(std::string_view freqLine, std::vector<VibMode>& modes, int first, int cols) {
+    const size_t n = static_cast<size_t>(s.nAtoms);
+    for (int k = 0; k < cols; ++k) {
+      double f = Real(freqLine, 21 + 12 * k, 10, 2, "frequency");
+      if (Cols(freqLine, 31 + 12 * k, 2) == " I") f = -f;  // imaginary
+      modes[static_cast<size_t>(first + k)].freq = f;
+    }
+    // PC GAMESS 4-6 print the IR intensities alone, PC GAMESS 7 the reduced
+    // masses above them, current GAMESS(US) also the symmetry of each mode.
+    std::string_view line;
+    for (;;) {
+      if (!in.Next(line)) return false;
+      if (AllBlank(line)) break;
+      std::string_view label = Cols(line, 1, 20);
+      if (label.find(':') == std::string_view::npos) return false;  // not a mode block after all
+      double VibMode::*field = nullptr;
+      double factor = 1.0;
+      const char* name = nullptr;
+      if (Contains(label, "REDUCED MASS:")) {
+        field = &VibMode::redMass, name = "reduced mass";
+      } else if (s.opt.raman ? Contains(label, "RAMAN ACTIVITY:") : Contains(label, "IR INTENSITY:")) {
+        field = &VibMode::intensity, name = "intensity";
+        if (!s.opt.raman) factor = kIntensityToKmPerMol;
+      }
+      if (!field) continue;  // SYMMETRY: and the like
+      for (int k = 0; k < cols; ++k)
+        modes[static_cast<size_t>(first + k)].*field = Real(line, 21 + 12 * k, 12, 8, name) * factor;
+    }
+    for (size_t a = 0; a < n; ++a) {
+      for (int j = 0; j < 3; ++j) {
+        if (!in.Next(line)) return false;
+        for (int k = 0; k < cols; ++k)
+          modes[static_cast<size_t>(first + k)].disp[a][j] = Real(line, 21 + 12 * k, 12, 8, "displacement");
+      }
+    }
+    return true;
+  }
+
+  // The frequency line of the next column block.
+  bool NextFrequencyLine(std::string_view& line) {
+    for (int k = 0; k < kMaxLinesBetweenBlocks; ++k) {
+      if (!in.Next(line)) return false;
+      if (Contains(line, kFrequencyText)) return true;
+    }
+    return false;
+  }
+
+  // All 3N modes, translations and rotations first as the log orders them.
+  // A later block reads them all anew: the last one in the file stands. A
+  // block cut by the end of the file leaves no modes at all.
+  void ReadModes(std::string_view freqLine) {
+    if (!s.opt.readFrequencies) return;
+    const int n = s.nAtoms;
+    const int total = 3 * n;
+    if (total == 0) return;
+    std::vector<VibMode> modes(static_cast<size_t>(total));
+    for (auto& m : modes) m.disp.assign(static_cast<size_t>(n), Vec3{0.0, 0.0, 0.0});
+
+    std::string_view line = freqLine;
+    const int blocks = (total + width - 1) / width;
+    for (int b = 0, count = 0; b < blocks; ++b, count += width) {
+      const int cols = (b == blocks - 1 && total % width != 0) ? total % width : width;
+      if (b > 0 && !NextFrequencyLine(line)) return Cancel();
+      if (!ReadColumnBlock(line, modes, count, cols)) return Cancel();
+    }
+    s.modes = std::move(modes);
+  }
+
+  void Cancel() { s.modes.clear(); }
+};
+
+}  // namespace
+
 LineHandler MakeGamessReader(Session& s, LineReader& in) {
-  return [](std::string_view) {};
+  auto reader = std::make_shared<GamessReader>(s, in);
+  return [reader](std::string_view line) { (*reader)(line); };
 }
 
 }  // namespace quintor

@@ -1,0 +1,737 @@
+// The GAMESS(US) and PC GAMESS log reader: every real log of the test data,
+// read as a whole run, against values parsed here independently from the
+// same log (by words, not by columns); then the options that change what is
+// read (/NOE, /MULT, frequencies off), real logs with one thing changed (a
+// second mode block, a cut block, a bad field), and logs written out here
+// (the nine-column blocks of PC GAMESS v.4, a single point, early energies).
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "numeric/fortran_io.h"
+#include "readers/elements.h"
+#include "test_support.h"
+
+using namespace quintor;
+using namespace quintor::test;
+
+namespace {
+
+// ---- What the log says, parsed by words ------------------------------------
+
+struct Printed {
+  int sets = 0;                              // search points and located geometries
+  std::map<int, double> energyByStep;        // "NSERCH= S  ENERGY= E"
+  std::vector<double> gmax, grms;            // per set, as the set current at the line
+  std::vector<std::vector<std::array<double, 3>>> xyz;  // per set, Angstrom
+  std::vector<std::array<double, 3>> start;  // the starting point, bohr
+  std::vector<int> startZ;
+  std::vector<double> masses;
+  int multiplicity = -1;
+  std::vector<double> freq, redMass, ir;     // all 3N modes in log order
+  std::vector<std::vector<std::array<double, 3>>> disp;  // [mode][atom]
+};
+
+std::vector<std::string> Words(const std::string& s) {
+  std::istringstream is(s);
+  std::vector<std::string> w;
+  for (std::string x; is >> x;) w.push_back(x);
+  return w;
+}
+
+std::vector<std::string> Lines(const std::string& path) {
+  std::ifstream f(path);
+  std::vector<std::string> lines;
+  for (std::string l; std::getline(f, l);) {
+    if (!l.empty() && l.back() == '\r') l.pop_back();
+    lines.push_back(l);
+  }
+  return lines;
+}
+
+bool Has(const std::string& line, const char* what) { return line.find(what) != std::string::npos; }
+
+// The values after the label of a mode row ("IR INTENSITY:  1.0  2.0").
+std::vector<double> AfterColon(const std::string& line) {
+  std::vector<double> v;
+  for (const auto& w : Words(line.substr(line.find(':') + 1))) v.push_back(std::stod(w));
+  return v;
+}
+
+Printed ParseLog(const std::string& path) {
+  const auto lines = Lines(path);
+  Printed p;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    const std::string& l = lines[i];
+    if (Has(l, "1NSERCH") || Has(l, "GEOMETRY SEARCH POINT NSERCH=") || Has(l, "LOCATED *****")) {
+      ++p.sets;
+      p.gmax.push_back(999999.0);
+      p.grms.push_back(999999.0);
+      p.xyz.emplace_back();
+      size_t k = i;
+      while (!Has(lines[k], "COORDINATES OF ALL ATOMS")) ++k;
+      for (k += 3; k < lines.size() && !Words(lines[k]).empty(); ++k) {
+        auto w = Words(lines[k]);
+        p.xyz.back().push_back({std::stod(w[2]), std::stod(w[3]), std::stod(w[4])});
+      }
+      i = k;
+      continue;
+    }
+    if (Has(l, "NSERCH=") && Has(l, "ENERGY=")) {
+      auto w = Words(l);
+      p.energyByStep[std::stoi(w[1])] = std::stod(w[3]);
+    }
+    if (Has(l, "MAXIMUM GRADIENT =") && p.sets > 0) {
+      auto w = Words(l);
+      p.gmax.back() = std::stod(w[3]);
+      p.grms.back() = std::stod(w[7]);
+    }
+    if (p.multiplicity == -1 && (Has(l, "STATE MULTIPLICITY") || Has(l, "MULT  =")))
+      p.multiplicity = std::stoi(Words(l.substr(l.find('=') + 1))[0]);
+    if (Has(l, "COORDINATES (BOHR)")) {
+      for (size_t k = i + 2; !Words(lines[k]).empty(); ++k) {
+        auto w = Words(lines[k]);
+        p.startZ.push_back(static_cast<int>(std::lround(std::stod(w[1]))));
+        p.start.push_back({std::stod(w[2]), std::stod(w[3]), std::stod(w[4])});
+      }
+    }
+    if (Has(l, "ATOMIC WEIGHTS (AMU)")) {
+      p.masses.clear();
+      for (size_t k = i + 2; !Words(lines[k]).empty(); ++k) p.masses.push_back(std::stod(Words(lines[k]).back()));
+    }
+    if (Has(l, "      FREQUENCY:")) {
+      // Values, an "I" after an imaginary one.
+      auto w = Words(l.substr(l.find(':') + 1));
+      size_t cols = 0;
+      for (const auto& x : w) {
+        if (x == "I") {
+          p.freq.back() = -p.freq.back();
+        } else {
+          p.freq.push_back(std::stod(x));
+          ++cols;
+        }
+      }
+      size_t k = i + 1;
+      bool red = false;
+      for (; !Words(lines[k]).empty(); ++k) {
+        if (Has(lines[k], "REDUCED MASS:")) {
+          auto v = AfterColon(lines[k]);
+          p.redMass.insert(p.redMass.end(), v.begin(), v.end());
+          red = true;
+        }
+        if (Has(lines[k], "IR INTENSITY:")) {
+          auto v = AfterColon(lines[k]);
+          p.ir.insert(p.ir.end(), v.begin(), v.end());
+        }
+      }
+      if (!red) p.redMass.resize(p.freq.size(), 0.0);
+      // Three rows per atom; the values are the last `cols` words of a row.
+      const size_t first = p.freq.size() - cols;
+      p.disp.resize(p.freq.size());
+      for (++k; k < lines.size() && !Words(lines[k]).empty(); k += 3) {
+        for (size_t c = 0; c < cols; ++c) {
+          std::array<double, 3> d{};
+          for (int j = 0; j < 3; ++j) {
+            auto w2 = Words(lines[k + static_cast<size_t>(j)]);
+            d[j] = std::stod(w2[w2.size() - cols + c]);
+          }
+          p.disp[first + c].push_back(d);
+        }
+      }
+    }
+  }
+  return p;
+}
+
+int CountText(const std::string& text, const std::string& what) {
+  int n = 0;
+  for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+  return n;
+}
+
+// ---- Running ------------------------------------------------------------------
+
+// Runs a whole session on a copy of `log` in a fresh directory (the program
+// writes its .mou beside the input). `prepare` may set options first.
+struct LogRun {
+  TempDir dir;
+  Session s;
+  RunResult r;
+  LogRun(const std::string& log, std::vector<std::string> options = {}, void (*prepare)(Session&) = nullptr) {
+    std::string copy = dir.File(std::filesystem::path(log).filename().string());
+    std::filesystem::copy_file(log, copy);
+    std::filesystem::permissions(copy, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
+    std::vector<std::string> args{copy, "/0"};
+    args.insert(args.end(), options.begin(), options.end());
+    if (prepare) prepare(s);
+    r = RunInProcess(s, args);
+  }
+};
+
+// A session on a log given as text.
+struct TextRun {
+  TempDir dir;
+  Session s;
+  RunResult r;
+  TextRun(const std::string& text, std::vector<std::string> options = {}, void (*prepare)(Session&) = nullptr,
+          const std::string& keys = "") {
+    std::string path = dir.Write("made.log", text);
+    std::vector<std::string> args{path, "/0"};
+    args.insert(args.end(), options.begin(), options.end());
+    if (prepare) prepare(s);
+    r = RunInProcess(s, args, keys);
+  }
+};
+
+std::string Replace(std::string text, const std::string& from, const std::string& to, int nth = 1) {
+  size_t at = std::string::npos;
+  for (int k = 0; k < nth; ++k) at = text.find(from, at == std::string::npos ? 0 : at + 1);
+  EXPECT_NE(at, std::string::npos) << from;
+  if (at != std::string::npos) text.replace(at, from.size(), to);
+  return text;
+}
+
+void ExpectNear(double got, double want, const std::string& what) {
+  EXPECT_NEAR(got, want, 1e-10 * std::max(1.0, std::fabs(want))) << what;
+}
+
+constexpr double kKmPerMol = 42.2547;
+
+// Every value the run stored against what the log prints.
+void CheckAgainstLog(const std::string& rel, int wantSets) {
+  SCOPED_TRACE(rel);
+  const std::string path = TestData(rel);
+  Printed p = ParseLog(path);
+  LogRun run(path);
+  const Session& s = run.s;
+  ASSERT_EQ(run.r.status, 0) << run.r.console;
+  ASSERT_EQ(p.sets, wantSets);
+
+  // One set per search point and located geometry, each with its heading in the log.
+  EXPECT_EQ(s.iCyc + 1, p.sets);
+  EXPECT_EQ(CountText(run.r.log, "\n NSEARCH ="), p.sets);
+  const size_t n = static_cast<size_t>(s.nAtoms);
+  for (int i = 0; i < p.sets; ++i) {
+    const std::string at = " set " + std::to_string(i);
+    auto e = p.energyByStep.find(i);
+    ExpectNear(s.Set(i).energy, e == p.energyByStep.end() ? 0.0 : e->second, "energy" + at);
+    ExpectNear(s.Set(i).gmax, p.gmax[static_cast<size_t>(i)], "GMax" + at);
+    ExpectNear(s.Set(i).grms, p.grms[static_cast<size_t>(i)], "GRms" + at);
+    const auto& want = p.xyz[static_cast<size_t>(i)];
+    ASSERT_EQ(s.Set(i).xyz.size(), want.size()) << at;
+    for (size_t a = 0; a < want.size(); ++a)
+      for (int k = 0; k < 3; ++k)
+        ExpectNear(s.Set(i).xyz[a][k], want[a][k] * constants::AngstromToBohr, "coordinate" + at);
+  }
+  // The starting point, in bohr as printed, is set -1.
+  ASSERT_FALSE(p.start.empty());
+  ASSERT_EQ(s.Set(-1).xyz.size(), p.start.size());
+  for (size_t a = 0; a < p.start.size(); ++a)
+    for (int k = 0; k < 3; ++k) ExpectNear(s.Set(-1).xyz[a][k], p.start[a][k], "starting point");
+  EXPECT_EQ(s.atomicNumber, p.startZ);
+
+  EXPECT_EQ(s.opt.multiplicity, p.multiplicity);
+  ASSERT_EQ(s.atomMass.size(), n);
+  if (!p.masses.empty()) {
+    ASSERT_EQ(p.masses.size(), n);
+    for (size_t i = 0; i < n; ++i) ExpectNear(s.atomMass[i], p.masses[i], "mass of atom " + std::to_string(i + 1));
+  }
+
+  // All 3N modes, in the order of the log.
+  if (p.freq.empty()) {
+    EXPECT_TRUE(s.modes.empty());
+    return;
+  }
+  ASSERT_EQ(p.freq.size(), 3 * n);
+  ASSERT_EQ(s.modes.size(), 3 * n);
+  for (size_t v = 0; v < 3 * n; ++v) {
+    const VibMode& m = s.modes[v];
+    const std::string at = " of mode " + std::to_string(v + 1);
+    ExpectNear(m.freq, p.freq[v], "frequency" + at);
+    ExpectNear(m.redMass, p.redMass[v], "reduced mass" + at);
+    ExpectNear(m.intensity, p.ir[v] * kKmPerMol, "intensity" + at);
+    EXPECT_EQ(m.forceConst, 0.0);
+    ASSERT_EQ(m.disp.size(), n);
+    ASSERT_EQ(p.disp[v].size(), n);
+    for (size_t a = 0; a < n; ++a)
+      for (int k = 0; k < 3; ++k) ExpectNear(m.disp[a][k], p.disp[v][a][k], "displacement" + at);
+  }
+}
+
+}  // namespace
+
+// ---- Real logs ---------------------------------------------------------------------
+
+TEST(GamessRealLogs, PcGamess) {
+  CheckAgainstLog("pcgamess/dvb_ir_v6.log", 0);
+  CheckAgainstLog("pcgamess/cn_ir_v7.log", 0);
+  // 24 search points and the located geometry.
+  CheckAgainstLog("pcgamess/dvb_gopt_v6.log", 25);
+}
+
+TEST(GamessRealLogs, GamessUs) {
+  CheckAgainstLog("gamess-us/dvb_ir.log", 0);
+  CheckAgainstLog("gamess-us/nh3_ts_ir.log", 0);
+  // 10 search points and the located geometry.
+  CheckAgainstLog("gamess-us/dvb_gopt.log", 11);
+  CheckAgainstLog("gamess-us2018/nh3_ts_ir.log", 0);
+}
+
+TEST(GamessRealLogs, HardValuesOfTheOptimisations) {
+  {
+    LogRun run(TestData("pcgamess/dvb_gopt_v6.log"));
+    const Session& s = run.s;
+    EXPECT_NE(run.r.log.find(" PC GAMESS v.6 detected"), std::string::npos);
+    EXPECT_EQ(s.iCyc, 24);
+    EXPECT_DOUBLE_EQ(s.Set(0).energy, -379.7594673);
+    EXPECT_DOUBLE_EQ(s.Set(0).gmax, 0.0798938);
+    EXPECT_DOUBLE_EQ(s.Set(0).grms, 0.0228973);
+    EXPECT_DOUBLE_EQ(s.Set(23).energy, -379.7779551);
+    EXPECT_DOUBLE_EQ(s.Set(23).gmax, 0.0000864);
+    EXPECT_DOUBLE_EQ(s.Set(23).grms, 0.0000319);
+    // The located geometry has no energy line of its own.
+    EXPECT_EQ(s.Set(24).energy, 0.0);
+    EXPECT_EQ(s.Set(24).gmax, 999999.0);
+    EXPECT_DOUBLE_EQ(s.Set(24).xyz[19][0], -4.8733853301 * constants::AngstromToBohr);
+    EXPECT_EQ(s.lowestEnergyStep, 23);
+    EXPECT_DOUBLE_EQ(s.Set(-1).xyz[0][0], -2.5811188317);
+    EXPECT_TRUE(s.modes.empty());
+    EXPECT_EQ(s.opt.multiplicity, 1);
+    // No mass block: the table gives the masses.
+    EXPECT_FALSE(s.massBlockRead);
+    EXPECT_DOUBLE_EQ(s.atomMass[6], DefaultMass(1));
+    // The heading, its two lines and the rows are echoed.
+    EXPECT_NE(run.r.log.find("\n NSEARCH =   24\n COORDINATES OF ALL ATOMS ARE (ANGS)\n   ATOM   CHARGE"),
+              std::string::npos);
+    EXPECT_NE(run.r.log.find("\n H           1.0  -4.8733853301  -0.0604752833   0.0000000000\n\n"),
+              std::string::npos);
+    EXPECT_NE(run.r.log.find("\n\nStarting point:\n\n ATOM      ATOMIC                      COORDINATES (BOHR)\n"),
+              std::string::npos);
+  }
+  {
+    // GAMESS(US) heads its search points "BEGINNING GEOMETRY SEARCH POINT".
+    LogRun run(TestData("gamess-us/dvb_gopt.log"));
+    const Session& s = run.s;
+    EXPECT_EQ(s.opt.formatCode, 19);
+    EXPECT_EQ(s.iCyc, 10);
+    EXPECT_DOUBLE_EQ(s.Set(0).energy, -382.0354172);
+    EXPECT_DOUBLE_EQ(s.Set(0).gmax, 0.0527966);
+    EXPECT_DOUBLE_EQ(s.Set(0).grms, 0.0186109);
+    EXPECT_DOUBLE_EQ(s.Set(9).energy, -382.0506635);
+    EXPECT_DOUBLE_EQ(s.Set(9).gmax, 0.0000585);
+    EXPECT_DOUBLE_EQ(s.Set(9).grms, 0.0000240);
+    EXPECT_DOUBLE_EQ(s.Set(10).xyz[0][0], -1.4179577040 * constants::AngstromToBohr);
+  }
+}
+
+TEST(GamessRealLogs, HardValuesOfTheModes) {
+  {
+    // The transition state: the imaginary mode comes first, stored negative.
+    for (const char* rel : {"gamess-us/nh3_ts_ir.log", "gamess-us2018/nh3_ts_ir.log"}) {
+      SCOPED_TRACE(rel);
+      LogRun run(TestData(rel));
+      const Session& s = run.s;
+      EXPECT_EQ(s.iCyc, -1);
+      EXPECT_EQ(s.nAtoms, 4);
+      ASSERT_EQ(s.modes.size(), 12u);
+      EXPECT_DOUBLE_EQ(s.modes[0].freq, -825.18);
+      EXPECT_DOUBLE_EQ(s.modes[1].freq, 3.88);
+      EXPECT_DOUBLE_EQ(s.modes[11].freq, 3661.48);
+      EXPECT_DOUBLE_EQ(s.modes[0].redMass, 1.20753);
+      EXPECT_DOUBLE_EQ(s.modes[10].redMass, 1.09810);
+      EXPECT_DOUBLE_EQ(s.modes[0].intensity, 21.64357 * kKmPerMol);
+      EXPECT_DOUBLE_EQ(s.modes[0].disp[1][2], 0.52134890);
+      EXPECT_DOUBLE_EQ(s.atomMass[0], 14.00307);
+      EXPECT_DOUBLE_EQ(s.atomMass[3], 1.00782);
+      EXPECT_TRUE(s.massBlockRead);
+      EXPECT_EQ(s.atomicNumber, (std::vector<int>{7, 1, 1, 1}));
+    }
+  }
+  {
+    LogRun run(TestData("gamess-us/dvb_ir.log"));
+    ASSERT_EQ(run.s.modes.size(), 60u);
+    EXPECT_DOUBLE_EQ(run.s.modes[0].freq, 28.33);
+    EXPECT_DOUBLE_EQ(run.s.modes[59].freq, 3546.79);
+  }
+  {
+    // PC GAMESS 7 prints reduced masses; 6 does not.
+    LogRun v7(TestData("pcgamess/cn_ir_v7.log"));
+    EXPECT_EQ(v7.s.opt.formatCode, 15);
+    ASSERT_EQ(v7.s.modes.size(), 6u);
+    EXPECT_DOUBLE_EQ(v7.s.modes[0].redMass, 12.84814);
+    EXPECT_DOUBLE_EQ(v7.s.modes[5].freq, 2980.06);
+    EXPECT_DOUBLE_EQ(v7.s.modes[5].redMass, 12.84814);
+    EXPECT_DOUBLE_EQ(v7.s.modes[5].intensity, 0.11504 * kKmPerMol);
+    EXPECT_DOUBLE_EQ(v7.s.modes[5].disp[1][2], -0.18153764);
+    LogRun v6(TestData("pcgamess/dvb_ir_v6.log"));
+    EXPECT_EQ(v6.s.opt.formatCode, 0);
+    ASSERT_EQ(v6.s.modes.size(), 60u);
+    for (const auto& m : v6.s.modes) EXPECT_EQ(m.redMass, 0.0);
+    EXPECT_DOUBLE_EQ(v6.s.modes[59].freq, 3816.56);
+    EXPECT_DOUBLE_EQ(v6.s.modes[8].intensity, 0.00621 * kKmPerMol);
+  }
+}
+
+// ---- Options -------------------------------------------------------------------------
+
+TEST(GamessOptions, NoEnergiesStoresNoEnergiesNorGradients) {
+  auto check = [](const Session& s) {
+    EXPECT_EQ(s.iCyc, 24);
+    for (int i = -1; i <= s.iCyc; ++i) {
+      EXPECT_EQ(s.Set(i).energy, 0.0) << i;
+      EXPECT_EQ(s.Set(i).gmax, 999999.0) << i;
+      EXPECT_EQ(s.Set(i).grms, 999999.0) << i;
+    }
+  };
+  LogRun noe(TestData("pcgamess/dvb_gopt_v6.log"), {"/NOE"});
+  check(noe.s);
+  // The job dialog's "Do not read energies" does the same.
+  LogRun dialog(TestData("pcgamess/dvb_gopt_v6.log"), {}, [](Session& s) { s.opt.readEnergies = false; });
+  check(dialog.s);
+}
+
+TEST(GamessOptions, FrequenciesOffReadsNoModes) {
+  LogRun run(TestData("gamess-us/nh3_ts_ir.log"), {}, [](Session& s) { s.opt.readFrequencies = false; });
+  EXPECT_EQ(run.r.status, 0);
+  EXPECT_TRUE(run.s.modes.empty());
+  EXPECT_TRUE(run.s.massBlockRead);
+  EXPECT_EQ(run.s.nAtoms, 4);
+}
+
+TEST(GamessOptions, MultiplicityOptionStands) {
+  const std::string text = ReadFile(TestData("pcgamess/cn_ir_v7.log"));
+  // The first of the two lines wins.
+  TextRun state(Replace(text, "STATE MULTIPLICITY                  =    1", "STATE MULTIPLICITY                  =    3"));
+  EXPECT_EQ(state.s.opt.multiplicity, 3);
+  TextRun mult(Replace(text, "    MULT  =       1", "    MULT  =       3"));
+  EXPECT_EQ(mult.s.opt.multiplicity, 1);
+  // Without the state line PC GAMESS's "MULT  =" line gives it.
+  TextRun onlyMult(Replace(Replace(text, "STATE MULTIPLICITY                  =    1", ""), "    MULT  =       1",
+                           "    MULT  =       2"));
+  EXPECT_EQ(onlyMult.s.opt.multiplicity, 2);
+  TextRun option(Replace(text, "STATE MULTIPLICITY                  =    1", "STATE MULTIPLICITY                  =    3"),
+                 {"/MULT2"});
+  EXPECT_EQ(option.s.opt.multiplicity, 2);
+  LogRun us(TestData("gamess-us/dvb_ir.log"), {"/MULT3"});
+  EXPECT_EQ(us.s.opt.multiplicity, 3);
+}
+
+TEST(GamessOptions, ForcedFormats) {
+  // The banner is not needed when the format is given.
+  LogRun v6(TestData("pcgamess/dvb_ir_v6.log"), {"/GAM5"});
+  EXPECT_NE(v6.r.log.find(" GAMESS v.5, 6 input requested"), std::string::npos);
+  EXPECT_EQ(v6.s.modes.size(), 60u);
+  LogRun us(TestData("gamess-us/nh3_ts_ir.log"), {"/GAMUS"});
+  EXPECT_EQ(us.s.modes.size(), 12u);
+  EXPECT_DOUBLE_EQ(us.s.modes[0].redMass, 1.20753);
+}
+
+// ---- Changed real logs ------------------------------------------------------------
+
+namespace {
+
+std::string Nh3Text() { return ReadFile(TestData("gamess-us/nh3_ts_ir.log")); }
+
+// The mode block of the NH3 log, from the mode numbers above the first
+// frequency line to the Sayvetz rows of the last block.
+std::string Nh3ModeBlock(const std::string& text) {
+  size_t freq = text.find("       FREQUENCY:");
+  size_t from = text.rfind('\n', text.rfind('\n', freq) - 1) + 1;
+  size_t to = text.find(" REFERENCE ON SAYVETZ CONDITIONS", from);
+  return text.substr(from, to - from);
+}
+
+}  // namespace
+
+TEST(GamessChangedLogs, TheLastModeBlockWins) {
+  const std::string text = Nh3Text();
+  const std::string block = Nh3ModeBlock(text);
+  ASSERT_EQ(CountText(block, "FREQUENCY:"), 3);
+  const std::string other = Replace(Replace(block, "825.18 I", "700.00  "), "1.20753", "2.00000");
+  const size_t at = text.find(block);
+  {
+    std::string after = text;
+    after.insert(at + block.size(), other);
+    TextRun run(after);
+    ASSERT_EQ(run.s.modes.size(), 12u);
+    EXPECT_DOUBLE_EQ(run.s.modes[0].freq, 700.0);
+    EXPECT_DOUBLE_EQ(run.s.modes[0].redMass, 2.0);
+    EXPECT_DOUBLE_EQ(run.s.modes[11].freq, 3661.48);
+  }
+  {
+    std::string before = text;
+    before.insert(at, other);
+    TextRun run(before);
+    ASSERT_EQ(run.s.modes.size(), 12u);
+    EXPECT_DOUBLE_EQ(run.s.modes[0].freq, -825.18);
+    EXPECT_DOUBLE_EQ(run.s.modes[0].redMass, 1.20753);
+  }
+}
+
+TEST(GamessChangedLogs, AFileCutInsideAModeBlockHasNoModes) {
+  const std::string text = Nh3Text();
+  const size_t modes = text.find("       FREQUENCY:");
+  // Cut in the displacement rows of the last block, in the rows above the
+  // displacements, in the Sayvetz rows and right after the first frequency line.
+  const std::vector<size_t> cuts{text.find("  3   HYDROGEN     X", text.find("3661.48", modes)),
+                                 text.find("    REDUCED MASS:      1.00783     1.00783", modes),
+                                 text.find("   ROT. SAYVETZ    X -0.90653422", modes), modes};
+  for (size_t at : cuts) {
+    ASSERT_NE(at, std::string::npos);
+    SCOPED_TRACE(text.substr(at, 40));
+    TextRun run(text.substr(0, text.find('\n', at) + 1));
+    EXPECT_EQ(run.r.status, 0) << run.r.console;
+    EXPECT_EQ(run.s.nAtoms, 4);
+    EXPECT_TRUE(run.s.massBlockRead);
+    EXPECT_TRUE(run.s.modes.empty());
+  }
+  // A cut after a good block read earlier takes that block with it.
+  const std::string block = Nh3ModeBlock(text);
+  std::string twice = text;
+  twice.insert(text.find(block) + block.size(), block);
+  size_t second = twice.find("       FREQUENCY:", twice.find(block) + block.size());
+  TextRun run(twice.substr(0, twice.find('\n', second + 200)));
+  EXPECT_TRUE(run.s.modes.empty());
+}
+
+TEST(GamessChangedLogs, AnUnreadableFieldStopsTheRun) {
+  const std::string gopt = ReadFile(TestData("pcgamess/dvb_gopt_v6.log"));
+  const std::string nh3 = Nh3Text();
+  for (const auto& [text, from, to] : std::vector<std::tuple<std::string, std::string, std::string>>{
+           {gopt, " C           6.0  -1.3939882447", " C           6.0  -1.39398x2447"},
+           {gopt, "NSERCH=  3     ENERGY=    -379.7593758", "NSERCH=  3     ENERGY=    -379.75x3758"},
+           {gopt, "MAXIMUM GRADIENT =  0.0798938", "MAXIMUM GRADIENT =  0.07989x8"},
+           {nh3, "    2     HYDROGEN          1.00782", "    2     HYDROGEN          1.0x782"},
+           {nh3, "825.18 I      3.88", "825.18 I      3.x8"},
+           {nh3, "IR INTENSITY:     21.64357", "IR INTENSITY:     21.6x357"}}) {
+    SCOPED_TRACE(to);
+    TextRun run(Replace(text, from, to));
+    EXPECT_EQ(run.r.status, exit_status::ReadError);
+    EXPECT_NE(run.r.console.find(" FATAL READ ERROR"), std::string::npos) << run.r.console;
+  }
+}
+
+TEST(GamessChangedLogs, ASearchPointCutBeforeItsCoordinates) {
+  // The sets before it stand; the point itself is not a set.
+  const std::string gopt = ReadFile(TestData("pcgamess/dvb_gopt_v6.log"));
+  size_t at = gopt.find("1NSERCH=   5");
+  TextRun run(gopt.substr(0, gopt.find('\n', at) + 1));
+  EXPECT_EQ(run.r.status, 0);
+  EXPECT_EQ(run.s.iCyc, 4);
+  EXPECT_EQ(run.s.nAtoms, 20);
+}
+
+// ---- Made logs --------------------------------------------------------------------------
+
+namespace {
+
+struct MadeAtom {
+  const char* name;
+  double charge, x, y, z;
+};
+
+std::string StartingPoint(const std::vector<MadeAtom>& atoms) {
+  std::string t = " ATOM      ATOMIC                      COORDINATES (BOHR)\n"
+                  "           CHARGE         X                   Y                   Z\n";
+  char buf[160];
+  for (const auto& a : atoms) {
+    std::snprintf(buf, sizeof buf, " %-11s%4.1f  %15.10f     %15.10f     %15.10f\n", a.name, a.charge, a.x, a.y, a.z);
+    t += buf;
+  }
+  return t + "\n";
+}
+
+std::string SearchPoint(int step, const std::vector<MadeAtom>& atoms, double shift) {
+  char buf[160];
+  std::snprintf(buf, sizeof buf, "1NSERCH=%4d\n\n", step);
+  std::string t = buf;
+  t += " COORDINATES OF ALL ATOMS ARE (ANGS)\n"
+       "   ATOM   CHARGE       X              Y              Z\n"
+       " ------------------------------------------------------------\n";
+  for (const auto& a : atoms) {
+    std::snprintf(buf, sizeof buf, " %-11s%4.1f%15.10f%15.10f%15.10f\n", a.name, a.charge, a.x + shift, a.y, a.z);
+    t += buf;
+  }
+  return t + "\n";
+}
+
+std::string Energy(int step, double e) {
+  char buf[96];
+  std::snprintf(buf, sizeof buf, "          NSERCH=%3d     ENERGY=%16.7f\n", step, e);
+  return buf;
+}
+
+std::string Gradient(double gmax, double grms) {
+  char buf[96];
+  std::snprintf(buf, sizeof buf, "          MAXIMUM GRADIENT =%11.7f    RMS GRADIENT =%10.7f\n", gmax, grms);
+  return buf;
+}
+
+std::string Weights(const std::vector<MadeAtom>& atoms, const std::vector<double>& masses) {
+  std::string t = "          ATOMIC WEIGHTS (AMU)\n\n";
+  char buf[96];
+  for (size_t i = 0; i < atoms.size(); ++i) {
+    std::snprintf(buf, sizeof buf, "%5zu     %-11s%14.5f\n", i + 1, atoms[i].name, masses[i]);
+    t += buf;
+  }
+  return t + "\n";
+}
+
+// Values of the made modes: frequency 100*(m+1), intensity 0.01*(m+1),
+// displacement (m+1)/1000 + atom/100000 + axis/10000000 (0-based numbers).
+double MadeFreq(int m) { return 100.0 * (m + 1); }
+double MadeIntensity(int m) { return 0.01 * (m + 1); }
+double MadeDisp(int m, int a, int k) { return (m + 1) / 1000.0 + a / 100000.0 + k / 10000000.0; }
+
+// A mode block of width w in the PC GAMESS layout; `gap` lines between the
+// displacements of one column block and the frequency line of the next.
+std::string ModeBlock(int nAtoms, int w, int gap, bool firstImaginary = false) {
+  const int total = 3 * nAtoms;
+  std::string t = "     FREQUENCIES IN CM**-1, IR INTENSITIES IN DEBYE**2/AMU-ANGSTROM**2\n\n";
+  char buf[64];
+  for (int first = 0; first < total; first += w) {
+    const int cols = std::min(w, total - first);
+    std::string head = "                    ", freq = "       FREQUENCY:   ", ir = "    IR INTENSITY:   ";
+    for (int k = 0; k < cols; ++k) {
+      const int m = first + k;
+      std::snprintf(buf, sizeof buf, "%12d", m + 1);
+      head += buf;
+      std::snprintf(buf, sizeof buf, "%10.2f%s", MadeFreq(m), firstImaginary && m == 0 ? " I" : "  ");
+      freq += buf;
+      std::snprintf(buf, sizeof buf, "%12.5f", MadeIntensity(m));
+      ir += buf;
+    }
+    t += head + "\n";
+    t += freq + "\n" + ir + "\n\n";
+    for (int a = 0; a < nAtoms; ++a) {
+      for (int k = 0; k < 3; ++k) {
+        std::snprintf(buf, sizeof buf, "%3d   %-13s%c", a + 1, k == 0 ? "C" : "", "XYZ"[k]);
+        std::string row = k == 0 ? buf : std::string(19, ' ') + "XYZ"[k];
+        for (int c = 0; c < cols; ++c) {
+          std::snprintf(buf, sizeof buf, "%12.8f", MadeDisp(first + c, a, k));
+          row += buf;
+        }
+        t += row + "\n";
+      }
+    }
+    for (int g = 0; g < gap - 1; ++g) t += g % 6 == 0 ? "\n" : " TRANS. SAYVETZ    X  0.00000000\n";
+  }
+  return t + "\n";
+}
+
+std::vector<MadeAtom> Chain(int n) {
+  std::vector<MadeAtom> a;
+  for (int i = 0; i < n; ++i) a.push_back({"C", 6.0, 1.5 * i, 0.1 * i, -0.2 * i});
+  return a;
+}
+
+// A value as the log prints it with `fmt`.
+double AsPrinted(const char* fmt, double v) {
+  char buf[64];
+  std::snprintf(buf, sizeof buf, fmt, v);
+  return std::stod(buf);
+}
+
+void CheckMadeModes(const Session& s, int nAtoms, bool firstImaginary = false) {
+  ASSERT_EQ(s.modes.size(), static_cast<size_t>(3 * nAtoms));
+  for (int m = 0; m < 3 * nAtoms; ++m) {
+    const VibMode& v = s.modes[static_cast<size_t>(m)];
+    EXPECT_DOUBLE_EQ(v.freq, (firstImaginary && m == 0 ? -1 : 1) * MadeFreq(m)) << m;
+    EXPECT_DOUBLE_EQ(v.intensity, AsPrinted("%12.5f", MadeIntensity(m)) * kKmPerMol) << m;
+    EXPECT_EQ(v.redMass, 0.0);
+    for (int a = 0; a < nAtoms; ++a)
+      for (int k = 0; k < 3; ++k)
+        EXPECT_DOUBLE_EQ(v.disp[static_cast<size_t>(a)][k], AsPrinted("%12.8f", MadeDisp(m, a, k))) << m;
+  }
+}
+
+const char* kPc4 = "          *           PC GAMESS version 4.2                 *\n";
+const char* kPc5 = "          *           PC GAMESS version 5.0                 *\n";
+
+}  // namespace
+
+TEST(GamessMadeLogs, NineColumnBlocksOfVersion4) {
+  // Four atoms: 12 modes in a block of 9 and one of 3, 14 lines apart.
+  const auto atoms = Chain(4);
+  std::string text = std::string(kPc4) + StartingPoint(atoms) + Weights(atoms, {12, 12, 12, 12}) +
+                     ModeBlock(4, 9, 14, true);
+  TextRun run(text);
+  ASSERT_EQ(run.r.status, 0) << run.r.console;
+  EXPECT_NE(run.r.log.find(" PC GAMESS v.4 detected"), std::string::npos);
+  CheckMadeModes(run.s, 4, true);
+  // Forced by option, without a banner.
+  TextRun forced(text.substr(text.find('\n') + 1), {"/GAM4"});
+  CheckMadeModes(forced.s, 4, true);
+}
+
+TEST(GamessMadeLogs, TheLastBlockOfNineAtomsHasTwoColumns) {
+  const auto atoms = Chain(9);
+  std::string text = std::string(kPc5) + StartingPoint(atoms) + ModeBlock(9, 5, 12) + " END OF RUN\n";
+  TextRun run(text);
+  ASSERT_EQ(run.r.status, 0) << run.r.console;
+  CheckMadeModes(run.s, 9);
+  // No mass block: the table.
+  EXPECT_FALSE(run.s.massBlockRead);
+  EXPECT_DOUBLE_EQ(run.s.atomMass[8], 12.0);
+}
+
+TEST(GamessMadeLogs, ASinglePointHasOnlyTheStartingSet) {
+  const std::vector<MadeAtom> atoms{{"O", 8.0, 0.0, 0.0, 0.2}, {"H", 1.0, 0.0, 1.4, -0.9}, {"H", 1.0, 0.0, -1.4, -0.9}};
+  TextRun run(std::string(kPc5) + " STATE MULTIPLICITY                  =    2\n" + StartingPoint(atoms) +
+              Weights(atoms, {15.99491, 2.0141, 1.00782}));
+  ASSERT_EQ(run.r.status, 0) << run.r.console;
+  const Session& s = run.s;
+  EXPECT_EQ(s.iCyc, -1);
+  EXPECT_EQ(s.nAtoms, 3);
+  EXPECT_EQ(s.opt.multiplicity, 2);
+  EXPECT_EQ(s.atomicNumber, (std::vector<int>{8, 1, 1}));
+  EXPECT_DOUBLE_EQ(s.Set(-1).xyz[1][1], 1.4);
+  EXPECT_EQ(s.xyz.size(), 3u);
+  EXPECT_DOUBLE_EQ(s.atomMass[1], 2.0141);
+  EXPECT_DOUBLE_EQ(s.molMass, 15.99491 + 2.0141 + 1.00782);
+  EXPECT_NE(run.r.log.find(" Coordinate sets found:    0"), std::string::npos);
+}
+
+TEST(GamessMadeLogs, EnergiesGoByTheirStepNumber) {
+  const auto atoms = Chain(2);
+  // An energy of step 0 before any geometry waits in set 0; step 2 is
+  // printed before step 1; the gradient goes with the current set.
+  std::string text = std::string(kPc5) + StartingPoint(atoms) + Energy(0, -75.5) + SearchPoint(0, atoms, 0.0) +
+                     Gradient(0.05, 0.01) + SearchPoint(1, atoms, 0.1) + Energy(2, -75.7) + Energy(1, -75.6) +
+                     Gradient(0.02, 0.005) + SearchPoint(2, atoms, 0.2) +
+                     "      ***** EQUILIBRIUM GEOMETRY LOCATED *****\n" + SearchPoint(3, atoms, 0.3).substr(14);
+  TextRun run(text);
+  ASSERT_EQ(run.r.status, 0) << run.r.console;
+  const Session& s = run.s;
+  EXPECT_EQ(s.iCyc, 3);
+  EXPECT_DOUBLE_EQ(s.Set(0).energy, -75.5);
+  EXPECT_DOUBLE_EQ(s.Set(1).energy, -75.6);
+  EXPECT_DOUBLE_EQ(s.Set(2).energy, -75.7);
+  EXPECT_EQ(s.Set(3).energy, 0.0);
+  EXPECT_DOUBLE_EQ(s.Set(0).gmax, 0.05);
+  EXPECT_DOUBLE_EQ(s.Set(1).grms, 0.005);
+  EXPECT_EQ(s.Set(2).gmax, 999999.0);
+  EXPECT_DOUBLE_EQ(s.Set(3).xyz[1][0], 1.8 * constants::AngstromToBohr);
+  EXPECT_DOUBLE_EQ(s.Set(-1).xyz[1][0], 1.5);
+  EXPECT_EQ(s.lowestEnergyStep, 2);
+}
+
+TEST(GamessMadeLogs, TooManyCyclesStopTheRun) {
+  const auto atoms = Chain(2);
+  std::string text = std::string(kPc5) + StartingPoint(atoms);
+  for (int i = 0; i < 4; ++i) text += SearchPoint(i, atoms, 0.1 * i);
+  TextRun run(text, {"/C2"});
+  EXPECT_EQ(run.r.status, exit_status::Limit);
+  EXPECT_NE(run.r.console.find(" Maximum number of cycles (  2) exceeded!"), std::string::npos);
+  TextRun fits(text, {"/C3"});
+  EXPECT_EQ(fits.r.status, 0);
+  EXPECT_EQ(fits.s.iCyc, 3);
+}
