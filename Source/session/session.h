@@ -68,6 +68,7 @@ struct VibMode {
   double redMass = 0.0;       // amu
   double forceConst = 0.0;    // mdyn/A
   double intensity = 0.0;     // km/mol, or the Raman activity under /RAMAN
+  double scaledFreq = 0.0;    // cm-1, frequency times the scale factor; the evaluation may flip its sign
   std::vector<Vec3> disp;     // Cartesian displacement of each atom
   int use = 1;                // ModeUse: 1 used, 0 zero mode, -1 below /FX, -2 above /RX, 2 imaginary taken as real
 };

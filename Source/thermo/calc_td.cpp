@@ -1,0 +1,113 @@
+// The evaluation at the end of a run: the geometry and frequencies to use,
+// the full evaluation at the Session's temperature and pressure, the fixed
+// temperature table and the table of requested temperatures.
+#include <cmath>
+#include <string>
+#include <string_view>
+
+#include "numeric/fortran_io.h"
+#include "thermo/thermo.h"
+
+namespace quintor {
+
+namespace {
+
+const std::string Ruler97(97, '-');
+
+void TableHead(Session& s) {
+  s.log.Line(" Temperature    CV        CP        U         H         S         G          Q            ln(Q)");
+  s.log.Line("      K       J/K/mol   J/K/mol   kJ/mol    kJ/mol   J/K/mol    kJ/mol");
+  s.log.Line(Ruler97);
+}
+
+void TableTitle(Session& s, std::string_view which, int nRot) {
+  const std::string w(which);
+  if (nRot == 0)
+    s.log.Line(" Thermodynamics at " + w + " temperatures (w/o internal rotations):");
+  else
+    s.log.Line(" Thermodynamics at " + w + " temperatures (" + FmtI(nRot, 2) +
+               " internal rotations in Pitzer-Gwinn approximation):");
+}
+
+// `count` rows from `first` on, T growing by adding `step`.
+void TableRows(Session& s, double first, double step, long long count, bool withRotations) {
+  double T = first;
+  for (long long k = 0; k < count; ++k) {
+    s.opt.temperature = T;
+    ThermoAtTP(s, true, withRotations);
+    T += step;
+  }
+}
+
+void EditedWarning(Session& s, std::string_view tense) {
+  s.log.Line(" **** WARNING! Molecular geometry was changed during the interactive session.");
+  s.log.Line(" **** The final (edited) coordinates " + std::string(tense) + " used for TD calculations.");
+  s.log.Line(" **** The TD analysis can be invalid!");
+}
+
+}  // namespace
+
+void CalcTD(Session& s, bool structureEdited) {
+  if (s.nAtoms <= 0) return;
+  s.log.EndLine();
+  s.log.Line(" ******************** THERMOCHEMICAL PROPERTIES EVALUATION ********************");
+
+  if (!structureEdited) {
+    auto xyz = s.Set(s.iCyc).xyz;
+    xyz.resize(static_cast<size_t>(s.nAtoms), Vec3{0.0, 0.0, 0.0});
+    s.xyz = std::move(xyz);
+    s.log.Line(" Molecular geometry corresponds to the last coordinate set - Step No." + FmtI(s.iCyc, 5));
+  } else {
+    EditedWarning(s, "will be");
+  }
+
+  // The imaginary modes of the log, and the scaling, once: the sign flips of
+  // the evaluations come after it.
+  s.nImag = 0;
+  for (VibMode& m : s.modes) {
+    if (m.freq < 0.0) ++s.nImag;
+    m.scaledFreq = m.freq * s.opt.freqScale;
+  }
+  Thermo().SizeFor(s.modes.size());
+
+  const int nRot = static_cast<int>(s.rotors.size());
+  ThermoAtTP(s, false, true);
+
+  if (s.modes.empty()) {
+    s.log.Line(" ***** W A R N I N G !");
+    s.log.Line(" ***** Vibrational frequencies have not been found in the input file.");
+    s.log.Line(" ***** TD functions have no vibrational contributions!");
+    s.log.Line(" ***** TD analysis may be invalid!");
+    return;
+  }
+
+  const bool withRotations = nRot > 0;
+  if (withRotations && s.opt.monteCarlo) {
+    s.log.Line(" *** Note: Internal rotation contributions will be treated also using the Monte Carlo method ***");
+    s.log.Line(" *** Please take into account that this kind of calculation can take a long time             ***");
+  }
+  TableTitle(s, "various", nRot);
+  TableHead(s);
+  // The tables generate no coordinate files.
+  s.opt.genCoordAngle = 0.0;
+  TableRows(s, 10.0, 10.0, 50, withRotations);
+  s.log.Line(Ruler97);
+
+  if (!s.opt.tempTableRequested) {
+    if (structureEdited) EditedWarning(s, "were");
+    return;
+  }
+  auto& range = s.opt.tempRange;
+  if (range[2] <= 0.0) range[2] = 10.0;
+  if (range[0] <= 0.0) range[0] = range[2];
+  if (range[1] <= 0.0) range[1] = 19.0 * range[2] + range[0];
+  const double first = range[0], last = range[1], step = range[2];
+  TableTitle(s, "requested", nRot);
+  TableHead(s);
+  const auto count = static_cast<long long>((step - first + last) / step);
+  TableRows(s, first, step, count, withRotations);
+  s.log.Line(Ruler97);
+  if (structureEdited) EditedWarning(s, "were");
+}
+
+}  // namespace quintor
