@@ -593,13 +593,18 @@ double MadeDisp(int m, int a, int k) { return (m + 1) / 1000.0 + a / 100000.0 + 
 
 // A mode block of width w in the PC GAMESS layout; `gap` lines between the
 // displacements of one column block and the frequency line of the next.
-std::string ModeBlock(int nAtoms, int w, int gap, bool firstImaginary = false) {
+// With `raman` the rows of a Raman run follow the intensities, the activity
+// being 0.5*(m+1).
+double MadeRaman(int m) { return 0.5 * (m + 1); }
+
+std::string ModeBlock(int nAtoms, int w, int gap, bool firstImaginary = false, bool raman = false) {
   const int total = 3 * nAtoms;
   std::string t = "     FREQUENCIES IN CM**-1, IR INTENSITIES IN DEBYE**2/AMU-ANGSTROM**2\n\n";
   char buf[64];
   for (int first = 0; first < total; first += w) {
     const int cols = std::min(w, total - first);
     std::string head = "                    ", freq = "       FREQUENCY:   ", ir = "    IR INTENSITY:   ";
+    std::string act = "  RAMAN ACTIVITY:   ", depol = "  DEPOLARIZATION:   ";
     for (int k = 0; k < cols; ++k) {
       const int m = first + k;
       std::snprintf(buf, sizeof buf, "%12d", m + 1);
@@ -608,9 +613,14 @@ std::string ModeBlock(int nAtoms, int w, int gap, bool firstImaginary = false) {
       freq += buf;
       std::snprintf(buf, sizeof buf, "%12.5f", MadeIntensity(m));
       ir += buf;
+      std::snprintf(buf, sizeof buf, "%12.3f", MadeRaman(m));
+      act += buf;
+      depol += "       0.750";
     }
     t += head + "\n";
-    t += freq + "\n" + ir + "\n\n";
+    t += freq + "\n" + ir + "\n";
+    if (raman) t += act + "\n" + depol + "\n";
+    t += "\n";
     for (int a = 0; a < nAtoms; ++a) {
       for (int k = 0; k < 3; ++k) {
         std::snprintf(buf, sizeof buf, "%3d   %-13s%c", a + 1, k == 0 ? "C" : "", "XYZ"[k]);
@@ -734,4 +744,43 @@ TEST(GamessMadeLogs, TooManyCyclesStopTheRun) {
   TextRun fits(text, {"/C3"});
   EXPECT_EQ(fits.r.status, 0);
   EXPECT_EQ(fits.s.iCyc, 3);
+}
+
+TEST(GamessMadeLogs, RamanActivitiesUnderTheRamanOption) {
+  const auto atoms = Chain(3);
+  const std::string text = std::string(kPc5) + StartingPoint(atoms) + ModeBlock(3, 5, 12, false, true);
+  TextRun raman(text, {"/RAMAN"});
+  ASSERT_EQ(raman.r.status, 0) << raman.r.console;
+  ASSERT_EQ(raman.s.modes.size(), 9u);
+  for (int m = 0; m < 9; ++m) {
+    EXPECT_DOUBLE_EQ(raman.s.modes[static_cast<size_t>(m)].intensity, MadeRaman(m)) << m;
+    EXPECT_DOUBLE_EQ(raman.s.modes[static_cast<size_t>(m)].disp[2][1], AsPrinted("%12.8f", MadeDisp(m, 2, 1)));
+  }
+  // Without the option the same block gives the IR intensities.
+  TextRun ir(text);
+  CheckMadeModes(ir.s, 3);
+  // A log without Raman rows leaves the intensities at 0 under the option.
+  LogRun nh3(TestData("gamess-us/nh3_ts_ir.log"), {"/RAMAN"});
+  ASSERT_EQ(nh3.s.modes.size(), 12u);
+  for (const auto& m : nh3.s.modes) EXPECT_EQ(m.intensity, 0.0);
+}
+
+TEST(GamessMadeLogs, WhatTheBlocksWriteToTheLog) {
+  const std::vector<MadeAtom> atoms{{"O", 8.0, 0.0, 0.0, 0.2}, {"H", 1.0, 0.0, 1.4, -0.9}};
+  TextRun run(std::string(kPc5) + StartingPoint(atoms) + Weights(atoms, {15.99491, 1.00782}) +
+              SearchPoint(0, atoms, 0.0));
+  const std::string& log = run.r.log;
+  // The starting point: its heading and the line under it, not the rows.
+  EXPECT_NE(log.find("\n\nStarting point:\n\n ATOM      ATOMIC                      COORDINATES (BOHR)\n"
+                     "           CHARGE         X                   Y                   Z\n          ATOMIC WEIGHTS"),
+            std::string::npos)
+      << log;
+  // The masses: heading, the empty line and a row per atom.
+  EXPECT_NE(log.find("\n          ATOMIC WEIGHTS (AMU)\n\n    1     O                15.99491\n"
+                     "    2     H                 1.00782\n"),
+            std::string::npos);
+  // A search point: its number, the heading, two lines, the rows and the empty line.
+  EXPECT_NE(log.find("\n\n NSEARCH =    0\n COORDINATES OF ALL ATOMS ARE (ANGS)\n   ATOM   CHARGE       X"),
+            std::string::npos);
+  EXPECT_NE(log.find("\n H           1.0   0.0000000000   1.4000000000  -0.9000000000\n\n"), std::string::npos);
 }

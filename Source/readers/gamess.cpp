@@ -281,10 +281,10 @@ struct GamessReader {
     std::string_view line;
     if (!in.Next(line)) return;
     s.log.Line(TrimRight(line));
+    // Only the heading and the line under it are echoed, not the rows.
     const int current = s.iCyc;
     while (in.Next(line)) {
       if (AllBlank(line)) break;
-      s.log.Line(TrimRight(line));
       const int z = NuclearNumber(line);
       Vec3 r;
       for (int k = 0; k < 3; ++k) r[k] = Real(line, 19 + 20 * k, 15, 10, "coordinate");
