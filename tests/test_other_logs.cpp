@@ -1,0 +1,330 @@
+// Readers of Priroda logs, this program's own log read back, and the log of
+// the earlier program KORVANDEL.
+//
+// No real Priroda or KORVANDEL log is at hand: the fixtures
+// tests/inputs/priroda_*.out and tests/inputs/korvandel_*.log were written by
+// hand, line by line, to the anchors and column positions the readers expect;
+// their numbers are made up and stand only to be read back. The own-log tests
+// use logs that the program itself writes in a whole run.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "numeric/fortran_io.h"
+#include "test_support.h"
+
+using namespace quintor;
+using namespace quintor::test;
+
+namespace {
+
+constexpr double kA = constants::BohrToAngstrom;
+
+// Copies a hand-made input into a fresh directory and runs a whole batch run on it.
+RunResult RunOn(Session& s, const TempDir& dir, const std::string& fixture, std::vector<std::string> extra = {}) {
+  std::string path = dir.Write(fixture, ReadFile(TestInput(fixture)));
+  std::vector<std::string> args{path, "/0"};
+  args.insert(args.end(), extra.begin(), extra.end());
+  return RunInProcess(s, args);
+}
+
+void ExpectAngstrom(const Vec3& bohr, double x, double y, double z, double tol = 1e-9) {
+  EXPECT_NEAR(bohr[0] * kA, x, tol);
+  EXPECT_NEAR(bohr[1] * kA, y, tol);
+  EXPECT_NEAR(bohr[2] * kA, z, tol);
+}
+
+// ---- Priroda -------------------------------------------------------------------
+
+TEST(Priroda, OptimisationWithModesIsReadByItsBanner) {
+  TempDir dir;
+  Session s;
+  RunResult r = RunOn(s, dir, "priroda_h2o_opt_freq.out");
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_EQ(s.opt.formatCode, 17);
+  EXPECT_NE(r.log.find(" PRIRODA v.9 detected"), std::string::npos);
+  EXPECT_NE(r.log.find("\n PRIRODA input\n"), std::string::npos);
+  EXPECT_NE(r.log.find(" Step =    1\n" + std::string(80, '-') + "\n"), std::string::npos);
+  EXPECT_NE(r.log.find(FmtA("1", 5) + FmtI(1, 4) + FmtX(2) + FmtF(0.0, 15, 8) + FmtF(0.755453, 15, 8) +
+                       FmtF(-0.471161, 15, 8)),
+            std::string::npos);
+
+  // Three geometries; the first also stands as sets 0 and -1.
+  ASSERT_EQ(s.iCyc, 3);
+  ASSERT_EQ(s.nAtoms, 3);
+  ExpectAngstrom(s.Set(1).xyz[1], 0.0, 0.76, -0.48);
+  ExpectAngstrom(s.Set(2).xyz[1], 0.0, 0.75545, -0.471161);
+  ExpectAngstrom(s.Set(3).xyz[2], 0.0, -0.755453, -0.471161);
+  for (int set : {0, -1}) {
+    ASSERT_EQ(s.Set(set).xyz.size(), 3u);
+    ExpectAngstrom(s.Set(set).xyz[1], 0.0, 0.76, -0.48);
+  }
+  EXPECT_EQ(s.atomicNumber, (std::vector<int>{8, 1, 1}));
+
+  // Energies from "eng>$Energy" and the optimisation steps; the column GRms
+  // holds the largest displacement.
+  EXPECT_DOUBLE_EQ(s.Set(1).energy, -76.3801234);  // E20.8 holds nine digits
+  EXPECT_DOUBLE_EQ(s.Set(2).energy, -76.40123456);
+  EXPECT_DOUBLE_EQ(s.Set(3).energy, -76.40234567);
+  EXPECT_DOUBLE_EQ(s.Set(1).gmax, 0.0234567);
+  EXPECT_DOUBLE_EQ(s.Set(1).grms, 0.0456789);
+  EXPECT_DOUBLE_EQ(s.Set(3).gmax, 0.0000123);
+  EXPECT_DOUBLE_EQ(s.Set(3).grms, 0.0000456);
+  EXPECT_DOUBLE_EQ(s.Set(0).energy, s.Set(1).energy);
+
+  // The spin multiplicity is read each time it stands: the last one wins.
+  EXPECT_EQ(s.opt.multiplicity, 1);
+
+  // The log's masses give way to the table.
+  EXPECT_DOUBLE_EQ(s.atomMass[0], 15.99491);
+  EXPECT_DOUBLE_EQ(s.atomMass[1], 1.00782);
+
+  // Six translations and rotations, then the table's three modes.
+  ASSERT_EQ(s.modes.size(), 9u);
+  for (int k = 0; k < 6; ++k) EXPECT_EQ(s.modes[k].freq, 0.0);
+  EXPECT_DOUBLE_EQ(s.modes[6].freq, 1595.12);
+  EXPECT_DOUBLE_EQ(s.modes[6].redMass, 1.08);
+  EXPECT_DOUBLE_EQ(s.modes[6].intensity, 65.432);
+  EXPECT_DOUBLE_EQ(s.modes[8].freq, 3750.88);
+  EXPECT_DOUBLE_EQ(s.modes[8].intensity, 40.123);
+  // Mass-weighted displacements, as printed.
+  ASSERT_EQ(s.modes[6].disp.size(), 3u);
+  EXPECT_DOUBLE_EQ(s.modes[6].disp[0][0], 0.1);
+  EXPECT_DOUBLE_EQ(s.modes[7].disp[0][1], 0.201);
+  EXPECT_DOUBLE_EQ(s.modes[8].disp[2][2], 0.308);
+  EXPECT_DOUBLE_EQ(s.modes[7].disp[1][2], 0.205);
+  // The displacement rows are echoed.
+  EXPECT_NE(r.log.find("H3   z   0.108000 -0.208000  0.308000"), std::string::npos);
+}
+
+TEST(Priroda, LinearMoleculeHasFiveZeroModesAndTwoBlocks) {
+  TempDir dir;
+  Session s;
+  RunResult r = RunOn(s, dir, "priroda_c2h2_freq.out", {"/PRIR"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_EQ(s.opt.formatCode, 17);
+  ASSERT_EQ(s.iCyc, 1);
+  ASSERT_EQ(s.nAtoms, 4);
+  EXPECT_DOUBLE_EQ(s.Set(1).energy, -77.3298765);
+  ExpectAngstrom(s.Set(-1).xyz[3], 0.0, 0.0, -1.6655);
+  ASSERT_EQ(s.modes.size(), 12u);
+  for (int k = 0; k < 5; ++k) EXPECT_EQ(s.modes[k].freq, 0.0);
+  EXPECT_DOUBLE_EQ(s.modes[5].freq, 612.34);
+  EXPECT_DOUBLE_EQ(s.modes[11].freq, 3510.01);
+  EXPECT_DOUBLE_EQ(s.modes[11].redMass, 1.6);
+  EXPECT_DOUBLE_EQ(s.modes[10].disp[0][0], -0.06);
+  // The seventh vibration comes from the second block, of one column.
+  EXPECT_DOUBLE_EQ(s.modes[11].disp[0][0], 0.07);
+  EXPECT_DOUBLE_EQ(s.modes[11].disp[3][2], -0.0711);
+}
+
+TEST(Priroda, OptimisationStepZeroDoesNotTakeTheNextLine) {
+  // "Geometry Optimization Step 0" is followed directly by an anchor that
+  // must still be seen; a later step takes its next line as the energy.
+  TempDir dir;
+  std::string log =
+      "Priroda 9\n"
+      "Atomic Coordinates:\n"
+      "  1  0.0 0.0 0.0\n"
+      "  1  0.0 0.0 0.74\n"
+      "\n"
+      "Geometry Optimization Step 0\n"
+      "eng>$Energy\n"
+      "energy      -1.17000000E+00\n"
+      "Geometry Optimization Step 12\n"
+      "eng>$Energy\n";
+  std::string path = dir.Write("h2.out", log);
+  Session s;
+  RunResult r = RunInProcess(s, {path, "/0"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  ASSERT_EQ(s.iCyc, 1);
+  // Step 12 took the "eng>$Energy" line as its energy line: columns 16-31 are blank.
+  EXPECT_DOUBLE_EQ(s.Set(1).energy, 0.0);
+
+  std::string log2 = log.substr(0, log.find("Geometry Optimization Step 12")) +
+                     "Geometry Optimization Step 12\n"
+                     "Energy             -1.17345678\n";
+  path = dir.Write("h2b.out", log2);
+  Session s2;
+  r = RunInProcess(s2, {path, "/0"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_DOUBLE_EQ(s2.Set(1).energy, -1.17345678);
+}
+
+TEST(Priroda, ACutNormalModeBlockStopsTheRun) {
+  TempDir dir;
+  std::string text = ReadFile(TestInput("priroda_h2o_opt_freq.out"));
+  text = text.substr(0, text.find("H2   y"));
+  std::string path = dir.Write("cut.out", text);
+  Session s;
+  RunResult r = RunInProcess(s, {path, "/0"});
+  EXPECT_EQ(r.status, exit_status::ReadError);
+}
+
+// ---- The earlier program's log -----------------------------------------------------
+
+void CheckKorvandel(const Session& s) {
+  ASSERT_EQ(s.iCyc, 3);
+  ASSERT_EQ(s.nAtoms, 4);
+  EXPECT_EQ(s.atomicNumber, (std::vector<int>{6, 8, 1, 1}));
+  ExpectAngstrom(s.Set(1).xyz[1], 0.0, 0.0, 0.675);
+  ExpectAngstrom(s.Set(2).xyz[2], 0.0, 0.9398765432, -1.1101234567);
+  ExpectAngstrom(s.Set(3).xyz[0], 0.0, 0.0, -0.5295555555);
+  for (int set : {0, -1}) {
+    ASSERT_EQ(s.Set(set).xyz.size(), 4u);
+    ExpectAngstrom(s.Set(set).xyz[3], 0.0, -0.941, -1.112);
+  }
+}
+
+TEST(Korvandel, PointsAreReadByTheBanner) {
+  TempDir dir;
+  Session s;
+  RunResult r = RunOn(s, dir, "korvandel_h2co.log");
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_EQ(s.opt.formatCode, 4);
+  EXPECT_NE(r.log.find(" KORVANDEL 1.0 detected"), std::string::npos);
+  CheckKorvandel(s);
+}
+
+TEST(Korvandel, PointsAreReadWhenForced) {
+  TempDir dir;
+  Session s;
+  RunResult r = RunOn(s, dir, "korvandel_h2co.log", {"/A"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_EQ(s.opt.formatCode, 4);
+  CheckKorvandel(s);
+}
+
+// ---- This program's own log ----------------------------------------------------------
+
+struct PrintedAtom {
+  int z = 0;
+  double x = 0, y = 0, z3 = 0;
+};
+
+// The rows of the first "Last view coordinates" table of a MainLog.
+std::vector<PrintedAtom> LastViewTable(const std::string& log) {
+  std::istringstream in(log.substr(log.find("Last view coordinates and bonds in a molecular")));
+  std::string line;
+  std::getline(in, line);
+  std::getline(in, line);  // rule
+  std::vector<PrintedAtom> atoms;
+  while (std::getline(in, line) && line.find("----") == std::string::npos) {
+    std::istringstream w(line);
+    std::string name;
+    PrintedAtom a;
+    w >> name >> a.z >> a.x >> a.y >> a.z3;
+    atoms.push_back(a);
+  }
+  return atoms;
+}
+
+TEST(OwnLog, ALogWrittenByARunReadsBackToThePrintedDigits) {
+  TempDir dir;
+  // Coordinates with more digits than the log prints.
+  std::string xyz = dir.Write("hcooh.xyz",
+                              "C   -0.1234567891   0.4012345678   0.0000123456\n"
+                              "O    1.0687654321   0.5598765432  -0.0001234567\n"
+                              "O   -1.0123456789   1.2345678912   0.0002345678\n"
+                              "H   -0.4511111111  -0.6222222222   0.0003333333\n"
+                              "H   -0.5666666666   2.1077777777   0.0004444444\n");
+  Session first;
+  RunResult written = RunInProcess(first, {xyz, "/X", "/0"});
+  ASSERT_EQ(written.status, 0) << written.console;
+  std::vector<PrintedAtom> printed = LastViewTable(written.log);
+  ASSERT_EQ(printed.size(), 5u);
+
+  // Read back: recognised by the banner in the head of the log.
+  Session s;
+  RunResult r = RunInProcess(s, {first.files.logName, "/0"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_EQ(s.opt.formatCode, 9);
+  EXPECT_NE(r.log.find(" QUINTOR v.2.x detected"), std::string::npos);
+  // One set for the last view: the molecular frame.
+  ASSERT_EQ(s.iCyc, 0);
+  ASSERT_EQ(s.nAtoms, 5);
+  const auto& set = s.Set(0).xyz;
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(s.atomicNumber[i], printed[i].z);
+    ExpectAngstrom(set[i], printed[i].x, printed[i].y, printed[i].z3, 1e-12);
+  }
+  // The run may move and turn the molecule before it prints the last view;
+  // the shape is the original one, to the printed digits.
+  const std::vector<Vec3> original{{-0.1234567891, 0.4012345678, 0.0000123456},
+                                   {1.0687654321, 0.5598765432, -0.0001234567},
+                                   {-1.0123456789, 1.2345678912, 0.0002345678},
+                                   {-0.4511111111, -0.6222222222, 0.0003333333},
+                                   {-0.5666666666, 2.1077777777, 0.0004444444}};
+  auto distance = [](const Vec3& a, const Vec3& b) {
+    return std::sqrt(std::pow(a[0] - b[0], 2) + std::pow(a[1] - b[1], 2) + std::pow(a[2] - b[2], 2));
+  };
+  for (int i = 0; i < 5; ++i)
+    for (int j = 0; j < i; ++j)
+      EXPECT_NEAR(distance(set[i], set[j]) * kA, distance(original[i], original[j]), 2.0e-6) << i << " " << j;
+}
+
+// A log of this program as a GAMESS run leaves it: optimisation steps echoed
+// under " NSEARCH =", then the last view.
+std::string OwnLogWithSearchSteps() {
+  auto row = [](const char* name, double q, double x, double y, double z) {
+    return " " + FmtA(name, 12) + FmtF(q, 4, 1) + FmtF(x, 15, 10) + FmtF(y, 15, 10) + FmtF(z, 15, 10) + "\n";
+  };
+  auto step = [&](int n, double dz) {
+    return "\n NSEARCH =" + FmtI(n, 5) + "\n" + " COORDINATES OF ALL ATOMS ARE (ANGS)\n" +
+           "   ATOM   CHARGE       X              Y              Z\n" + " " + std::string(60, '-') + "\n" +
+           row("N", 7.0, 0.0, 0.0, 0.1 + dz) + row("H", 1.0, -0.4882960784, 0.8457536168, -0.2) +
+           row("H", 1.0, -0.4882960784, -0.8457536168, -0.2) + row("H", 1.0, 0.9765921567, 0.0, -0.2) + "\n";
+  };
+  auto view = [](const char* frame, double z) {
+    std::string t = std::string("Last view coordinates and bonds in a ") + frame + ", (A):\n" + std::string(79, '-') + "\n";
+    t += " N1      7     0.000000    0.000000" + FmtF(z, 12, 6) + "   2   3   4\n";
+    t += " H2      1    -0.488296    0.845754   -0.200000   1\n";
+    t += " H3      1    -0.488296   -0.845754   -0.200000   1\n";
+    t += " H4      1     0.976592    0.000000   -0.200000   1\n";
+    return t + std::string(79, '-') + "\n";
+  };
+  return "             *                   QUINTOR v.2.5                     *\n"
+         " Input file              :nh3.log\n"
+         " GAMESS(US) detected\n" +
+         step(0, 0.0) + step(1, 0.01) + step(2, 0.02) +
+         " Spin multiplicity of molecule = 3\n"
+         "\n          ************ INTERACTIVE WORK IS FINISHED ************\n" +
+         view("molecular (moving) frame", 0.123456) + view("laboratory (fixed) frame", -9.5);
+}
+
+TEST(OwnLog, SearchStepsAndTheLastViewGiveOneSetEach) {
+  TempDir dir;
+  std::string path = dir.Write("nh3.mou", OwnLogWithSearchSteps());
+  Session s;
+  RunResult r = RunInProcess(s, {path, "/0"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_EQ(s.opt.formatCode, 9);
+  // Three " NSEARCH =" blocks and one set for the last view.
+  ASSERT_EQ(s.iCyc, 3);
+  ASSERT_EQ(s.nAtoms, 4);
+  EXPECT_EQ(s.atomicNumber, (std::vector<int>{7, 1, 1, 1}));
+  EXPECT_EQ(s.opt.multiplicity, 3);
+  ExpectAngstrom(s.Set(2).xyz[0], 0.0, 0.0, 0.12);
+  ExpectAngstrom(s.Set(2).xyz[1], -0.4882960784, 0.8457536168, -0.2);
+  // The second block also stands as set 0, the starting point.
+  ExpectAngstrom(s.Set(1).xyz[0], 0.0, 0.0, 0.11);
+  ExpectAngstrom(s.Set(0).xyz[0], 0.0, 0.0, 0.11);
+  // The last set is the last view in the molecular frame.
+  ExpectAngstrom(s.Set(3).xyz[0], 0.0, 0.0, 0.123456);
+  ExpectAngstrom(s.Set(3).xyz[3], 0.976592, 0.0, -0.2);
+}
+
+TEST(OwnLog, MultiplicityGivenOnTheCommandLineStands) {
+  TempDir dir;
+  std::string path = dir.Write("nh3.mou", OwnLogWithSearchSteps());
+  Session s;
+  RunResult r = RunInProcess(s, {path, "/0", "/MULT2"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  EXPECT_EQ(s.opt.multiplicity, 2);
+}
+
+}  // namespace
