@@ -1,0 +1,115 @@
+#include "fuzz_targets.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "session/run.h"
+#include "session/session.h"
+
+namespace quintor::fuzz {
+
+const std::string& ScratchDir() {
+  static const std::string dir = [] {
+    auto d = std::filesystem::temp_directory_path() / ("quintor_fuzz_" + std::to_string(::getpid()));
+    std::filesystem::create_directories(d);
+    return d.string();
+  }();
+  return dir;
+}
+
+std::string WriteScratch(const std::string& name, const uint8_t* data, size_t size) {
+  std::string path = ScratchDir() + "/" + name;
+  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+  return path;
+}
+
+int RunBatch(const std::vector<std::string>& args, int formatCode) {
+  Session s;
+  std::ostringstream console;
+  std::istringstream keys("n");
+  s.console = &console;
+  s.keyboard = &keys;
+  s.opt.formatCode = formatCode;
+  return RunQuintor(s, args);
+}
+
+namespace {
+
+struct Forced {
+  int code;        // set on the Session before the command line
+  const char* option;
+};
+
+constexpr uint8_t kWater[] = "O 0 0 0.12\nH 0 0.76 -0.47\nH 0 -0.76 -0.47\n";
+
+constexpr std::array<Forced, 21> kFormats = {{
+    {-1, ""},      {-1, "/GAM5"}, {-1, "/G94"},   {-1, "/GAM4"}, {-1, "/G98"},        {-1, "/A"},
+    {-1, "/X"},    {-1, "/NDXYZ"}, {-1, "/DNXYZ"}, {-1, "/PAT"}, {9, ""},            {-1, "/G03"},
+    {-1, "/NXYZ1@GEOM"}, {12, ""}, {-1, "/GZ"},   {-1, "/GAM7"}, {-1, "/G09"},       {-1, "/PRIR"},
+    {-1, "/CFOUR"}, {-1, "/GAMUS"}, {-1, "/I"},
+}};
+
+}  // namespace
+
+// The whole read pass, report and end of run on arbitrary bytes. The first
+// byte chooses the format: detection by banner, or one of the forced codes,
+// so that every reader is reached.
+void FuzzReadPass(const uint8_t* data, size_t size) {
+  if (size == 0) return;
+  const Forced& f = kFormats[data[0] % kFormats.size()];
+  std::string path = WriteScratch("input.log", data + 1, size - 1);
+  std::vector<std::string> args{path, "/0"};
+  if (*f.option) args.push_back(f.option);
+  RunBatch(args, f.code);
+}
+
+// The specification file reader, through a whole run on a small molecule.
+void FuzzSpecFile(const uint8_t* data, size_t size) {
+  std::string input = WriteScratch("mol.xyz", kWater, sizeof kWater - 1);
+  WriteScratch("mol.tdi", data, size);
+  RunBatch({input, "/X", "/0"});
+}
+
+// The configuration file reader: the fuzzed file is Quintor.cfg in the home
+// directory, and the run reads a pattern input.
+void FuzzConfigFile(const uint8_t* data, size_t size) {
+  static const bool home = [] { return ::setenv("QUINTOR", ScratchDir().c_str(), 1) == 0; }();
+  (void)home;
+  static const uint8_t kLog[] = " NSERCH=   1\n\n\n C 6.0 0 0 0\n O 8.0 0 0 1.2\n\n";
+  WriteScratch("Quintor.cfg", data, size);
+  std::string input = WriteScratch("pat.log", kLog, sizeof kLog - 1);
+  RunBatch({input, "/PAT", "/0"});
+  RunBatch({input, "/PATMINE", "/0"});
+}
+
+// The Gaussian Z-matrix parser and its conversion to Cartesian coordinates.
+void FuzzZMatrix(const uint8_t* data, size_t size) {
+  std::string input = WriteScratch("z.gzmat", data, size);
+  RunBatch({input, "/GZ", "/0"});
+}
+
+// The command line: the bytes are split at newlines into arguments that
+// follow a fixed small input.
+void FuzzCommandLine(const uint8_t* data, size_t size) {
+  static const std::string input = WriteScratch("cl.xyz", kWater, sizeof kWater - 1);
+  std::vector<std::string> args{input, "/0"};
+  std::string word;
+  for (size_t i = 0; i < size && args.size() < 64; ++i) {
+    if (data[i] == '\n') {
+      args.push_back(word);
+      word.clear();
+    } else {
+      word.push_back(static_cast<char>(data[i]));
+    }
+  }
+  args.push_back(word);
+  // The input stays argument 1 and /0 keeps the run unattended.
+  RunBatch(args);
+}
+
+}  // namespace quintor::fuzz

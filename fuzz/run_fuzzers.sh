@@ -1,0 +1,64 @@
+#!/usr/bin/env bash
+# Builds the libFuzzer targets with clang and runs each for SECONDS.
+#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass spec_file config_file zmatrix command_line)
+# Corpora and crash artifacts stay in build-fuzz/ (not in the repository); an
+# input that found a fault belongs, minimised, in tests/fuzz_regressions/<target>/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:?usage: fuzz/run_fuzzers.sh SECONDS [target ...]}
+shift
+targets=("$@")
+[ ${#targets[@]} -gt 0 ] || targets=(read_pass spec_file config_file zmatrix command_line)
+shared=../shared/testdata
+
+CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DQUINTOR_FUZZ=ON -DQUINTOR_TESTS=OFF \
+  -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build build-fuzz >/dev/null
+
+work=build-fuzz/work
+mkdir -p "$work"
+
+# seed NAME PREFIXBYTE FILE: the first and the last 24 KB of FILE behind the format byte.
+seed() {
+  local dir=$1 byte=$2 file=$3 base
+  base=$(basename "$file")
+  { printf "\\x$(printf %02x "$byte")"; head -c 24000 "$file"; } >"$dir/head_${byte}_$base"
+  { printf "\\x$(printf %02x "$byte")"; tail -c 24000 "$file"; } >"$dir/tail_${byte}_$base"
+}
+
+make_corpus() {
+  local t=$1 dir=build-fuzz/corpus/$1
+  mkdir -p "$dir"
+  case $t in
+    read_pass)
+      for f in "$shared"/gaussian98/*.log; do seed "$dir" 4 "$f"; seed "$dir" 0 "$f"; done
+      for f in "$shared"/gaussian03/*.log; do seed "$dir" 11 "$f"; done
+      for f in "$shared"/gaussian09/*.log "$shared"/gaussian16/*.log; do seed "$dir" 16 "$f"; done
+      for f in "$shared"/pcgamess/*v6.log; do seed "$dir" 1 "$f"; seed "$dir" 0 "$f"; done
+      for f in "$shared"/pcgamess/*v7.log; do seed "$dir" 15 "$f"; done
+      for f in "$shared"/gamess-us*/*.log; do seed "$dir" 19 "$f"; done
+      for f in tests/inputs/*.xyz tests/inputs/*.txt; do [ -f "$f" ] && seed "$dir" 6 "$f"; done
+      for f in tests/inputs/*.gzmat; do [ -f "$f" ] && seed "$dir" 14 "$f"; done
+      for f in tests/inputs/priroda*; do [ -f "$f" ] && seed "$dir" 17 "$f"; done
+      for f in tests/inputs/korvandel*; do [ -f "$f" ] && seed "$dir" 5 "$f"; done
+      seed "$dir" 4 examples/ethanol_xtb.out ;;
+    zmatrix) for f in tests/inputs/*.gzmat; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
+    config_file) cp data/Quintor.cfg "$dir/"; for f in tests/inputs/*.cfg; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
+    spec_file)
+      printf 'TT=300 PP=101325\nSCALE=0.96\nZERO=(1,2,3,4,5,6)\nVIBR=7 ROT=3 GROUP=(1,2) AXIS=(1,3) V0=2.9 KCAL\nVIBR=8 READP KJ\n0 0\n60 1\n\nEXCLUDEATOMS\n2\n\nNEWAMASS\n16\n2\n2\n' >"$dir/example.tdi"
+      printf 'GENCOORD GENCOORDANGLE=30\nALLPOSITIVE RECALCFREQ ROTN=2 PATTERN=x\n' >"$dir/flags.tdi" ;;
+    command_line)
+      printf '/TT300\n/PP2\n/THERMO100-200-10\n/V10:20:30:0:0:1\n/ORIENT1-2-3\n/PREC12.4' >"$dir/a"
+      printf '/NXYZ2@GEOM\n/SCALE0.9\n/SYMEPS0.01\n/ROT2\n/C5\n/IRMC100\n/HB3' >"$dir/b" ;;
+  esac
+}
+
+for t in "${targets[@]}"; do
+  make_corpus "$t"
+  mkdir -p "build-fuzz/artifacts/$t"
+  echo "== fuzz_$t for $seconds s"
+  (cd "$work" && ../fuzz/fuzz_$t -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \
+     -print_final_stats=1 -artifact_prefix="../artifacts/$t/" "../corpus/$t" 2>"../fuzz_$t.log") || true
+  grep -E "^stat::number_of_executed_units|^stat::average_exec_per_sec|^stat::peak_rss_mb" "build-fuzz/fuzz_$t.log" || true
+  ls "build-fuzz/artifacts/$t" | sed 's/^/  artifact: /' || true
+done
