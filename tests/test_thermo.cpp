@@ -175,3 +175,525 @@ TEST(ThermoAgainstGaussian, Gaussian16Water) { CompareWithGaussian({"gaussian16/
 TEST(ThermoAgainstGaussian, Gaussian16CarbonMonoxide) {
   CompareWithGaussian({"gaussian16/co_opt_freq.log", {}, {}});
 }
+
+// ---- Evaluations of molecules built in the test -------------------------------
+
+namespace {
+
+struct Atom {
+  double mass;  // amu
+  Vec3 r;       // bohr
+};
+
+// A session of one coordinate set and its modes, with a MainLog in a
+// temporary directory.
+struct Molecule {
+  TempDir dir;
+  Session s;
+
+  explicit Molecule(const std::vector<Atom>& atoms) {
+    s.nAtoms = static_cast<int>(atoms.size());
+    s.iCyc = 0;
+    s.coordsFound = true;
+    for (const Atom& a : atoms) {
+      s.atomMass.push_back(a.mass);
+      s.molMass += a.mass;
+      s.xyz.push_back(a.r);
+      s.atomicNumber.push_back(1);
+    }
+    s.Set(0).xyz = s.xyz;
+    s.opt.multiplicity = 1;
+    s.files.tdoName = dir.File("m.tdo");
+    s.files.specName = dir.File("m.tdi");  // absent unless written
+    s.log.Open(dir.File("m.mou"));
+  }
+  // The 3N modes of a Gaussian log: the head of empty translations and
+  // rotations, then the given frequencies.
+  void Modes(int head, const std::vector<double>& freqs, double redMass = 1.0) {
+    s.modes.assign(static_cast<size_t>(head), VibMode{});
+    for (double f : freqs) {
+      VibMode m;
+      m.freq = f;
+      m.redMass = redMass;
+      m.intensity = 10.0;
+      s.modes.push_back(m);
+    }
+    s.nImag = 0;
+    for (VibMode& m : s.modes) {
+      m.scaledFreq = m.freq * s.opt.freqScale;
+      if (m.freq < 0.0) ++s.nImag;
+    }
+  }
+  std::string Log() {
+    s.log.Close();
+    return ReadFile(dir.File("m.mou"));
+  }
+};
+
+std::vector<Atom> Water() {
+  return {{15.99491, {0.0, 0.0, 0.2217}}, {1.00783, {0.0, 1.4309, -0.8867}}, {1.00783, {0.0, -1.4309, -0.8867}}};
+}
+
+// A prolate symmetric top: three equal masses in a ring below an axis atom.
+std::vector<Atom> Prolate() {
+  const double r = 1.9, h = -0.7;
+  return {{12.0, {0, 0, 0}},
+          {35.0, {0, 0, 3.4}},
+          {1.0, {r, 0, h}},
+          {1.0, {r * std::cos(2.0943951023931953), r * std::sin(2.0943951023931953), h}},
+          {1.0, {r * std::cos(4.1887902047863905), r * std::sin(4.1887902047863905), h}}};
+}
+
+// An oblate symmetric top: a planar triangle of equal masses round a centre.
+std::vector<Atom> Oblate() {
+  const double r = 2.5;
+  return {{10.0, {0, 0, 0}},
+          {19.0, {r, 0, 0}},
+          {19.0, {r * std::cos(2.0943951023931953), r * std::sin(2.0943951023931953), 0}},
+          {19.0, {r * std::cos(4.1887902047863905), r * std::sin(4.1887902047863905), 0}}};
+}
+
+bool HasLine(const std::string& log, const std::string& line) {
+  return log.find("\n" + line + "\n") != std::string::npos || log.rfind(line + "\n", 0) == 0;
+}
+
+int CountLinesStartingWith(const std::string& log, const std::string& head) {
+  int n = 0;
+  std::istringstream in(log);
+  for (std::string l; std::getline(in, l);)
+    if (l.rfind(head, 0) == 0) ++n;
+  return n;
+}
+
+// The rows of the table whose title is `title`.
+std::vector<std::string> TableRows(const std::string& log, const std::string& title) {
+  std::vector<std::string> rows;
+  size_t at = log.find(title);
+  if (at == std::string::npos) return rows;
+  std::istringstream in(log.substr(at));
+  std::string l;
+  for (int k = 0; k < 4; ++k) std::getline(in, l);  // title, two head lines, ruler
+  while (std::getline(in, l) && l[1] != '-' && l[0] != '-') rows.push_back(l);
+  return rows;
+}
+
+}  // namespace
+
+TEST(ThermoAtTP, SingleAtomIsASphericalTopWithLinearFormulas) {
+  Molecule m(std::vector<Atom>{{39.948, {0.3, 0.2, 0.1}}});
+  ThermoAtTP(m.s, false, true);
+  const ThermoState& t = Thermo();
+  EXPECT_TRUE(t.linear);
+  EXPECT_EQ(t.rot.q, 0.0);
+  EXPECT_TRUE(std::isinf(t.rot.s) && t.rot.s < 0.0);  // ln 0, unguarded
+  const std::string log = m.Log();
+  EXPECT_TRUE(HasLine(log, " Spherical top"));
+  EXPECT_TRUE(HasLine(log, " Linear molecule"));
+  EXPECT_FALSE(HasLine(log, " Linear top"));
+  // No modes: the sums stay 0 and Qvib is 1.
+  EXPECT_EQ(t.nVibUsed, 0);
+  EXPECT_EQ(t.vib.q, 1.0);
+  EXPECT_EQ(t.vib.s, 0.0);
+  EXPECT_EQ(t.zpeTot, 0.0);
+  EXPECT_TRUE(HasLine(log,
+                      " Total for    0 vibrations                              0.000    0.000    0.000    0.000"
+                      "    0.000    0.000 1.00000E+00"));
+}
+
+TEST(ThermoAtTP, TopsAndTheirLines) {
+  {
+    Molecule m(Water());
+    ThermoAtTP(m.s, false, true);
+    std::string log = m.Log();
+    EXPECT_TRUE(HasLine(log, " Asymmetric top"));
+    EXPECT_TRUE(HasLine(log, " Non-linear molecule"));
+  }
+  {
+    Molecule m(std::vector<Atom>{{15.99491, {0, 0, -2.2}}, {12.0, {0, 0, 0}}, {15.99491, {0, 0, 2.2}}});
+    ThermoAtTP(m.s, false, true);
+    EXPECT_TRUE(Thermo().linear);
+    std::string log = m.Log();
+    EXPECT_TRUE(HasLine(log, " Linear top"));
+    EXPECT_TRUE(HasLine(log, " Linear molecule"));
+  }
+  // Symmetric tops print no line of their own: the moments come sorted
+  // downwards, and the tests look for them in the other order.
+  for (const auto& atoms : {Prolate(), Oblate()}) {
+    Molecule m(atoms);
+    ThermoAtTP(m.s, false, true);
+    const auto& I = Thermo().moments;
+    const double toAu = 1.0 / (constants::AtomicMassUnit * constants::BohrRadius * constants::BohrRadius);
+    EXPECT_TRUE(std::fabs(I[0] - I[1]) * toAu < 0.001 || std::fabs(I[1] - I[2]) * toAu < 0.001);
+    std::string log = m.Log();
+    const size_t at = log.find(" Principal moments of inertia, a.u.");
+    ASSERT_NE(at, std::string::npos);
+    const size_t next = log.find('\n', at) + 1;
+    EXPECT_EQ(log.substr(next, log.find('\n', next) - next), " Non-linear molecule");
+    EXPECT_EQ(log.find("symmetric top"), std::string::npos);
+    EXPECT_EQ(log.find("Asymmetric top"), std::string::npos);
+  }
+}
+
+TEST(ThermoAtTP, FrequencyJustAbove300ThetaOverTGivesOnlyItsZeroPointEnergy) {
+  Molecule m(Water());
+  m.s.opt.temperature = 10.0;
+  const double nu = 300.000001 * 10.0 * constants::Boltzmann / (100.0 * constants::Planck * constants::SpeedOfLight);
+  m.Modes(6, {nu});
+  ThermoAtTP(m.s, true, false);
+  const ThermoState& t = Thermo();
+  EXPECT_GT(t.theta[6] / 10.0, 300.0);
+  EXPECT_EQ(t.qvib[6], 1.0);
+  EXPECT_EQ(t.svib[6], 0.0);
+  EXPECT_EQ(t.cvib[6], 0.0);
+  EXPECT_EQ(t.hh0[6], 0.0);
+  EXPECT_GT(t.zpe[6], 0.0);
+  EXPECT_EQ(t.hvib[6], t.zpe[6]);
+  EXPECT_EQ(t.vib.q, 1.0);
+}
+
+TEST(MarkUsedModes, PositiveFrequencyLimit) {
+  Molecule m(Water());
+  m.s.opt.positiveFreqLimit = -100.0;
+  m.Modes(6, {-200.0, -50.0, 1000.0});
+  // The imaginary modes lead the vibrations; the head of zero modes is 6 + NImag.
+  MarkUsedModes(m.s, false);
+  EXPECT_EQ(m.s.modes[5].use, 0);
+  EXPECT_EQ(m.s.modes[6].use, 0);  // -200 keeps the zero mark
+  EXPECT_EQ(m.s.modes[7].use, 2);  // -50 above the limit is taken as real
+  EXPECT_EQ(m.s.modes[8].use, 1);
+
+  ThermoAtTP(m.s, false, false);
+  const ThermoState& t = Thermo();
+  EXPECT_EQ(m.s.modes[7].scaledFreq, 50.0);
+  EXPECT_EQ(m.s.modes[6].scaledFreq, -200.0);
+  EXPECT_DOUBLE_EQ(t.zpe[7], 50.0 * (50.0 * constants::Planck * constants::Avogadro) * constants::SpeedOfLight / 1000.0);
+  EXPECT_EQ(t.nVibUsed, 2);
+  const std::string log = m.Log();
+  EXPECT_TRUE(HasLine(log, "WARNING! /FP option set to     -100.0000 : Some imaginary frequencies will be treated as "
+                           "real ones"));
+}
+
+TEST(MarkUsedModes, ZeroListBottomLimitAndAllPositive) {
+  Molecule m(Water());
+  m.Modes(6, {-30.0, 20.0, 500.0, 900.0});
+  m.s.zeroModes = {1, 2, 3, 4, 5, 6, 9};
+  m.s.nZero = 7;
+  m.s.opt.freqBottom = 100.0;
+  MarkUsedModes(m.s, false);
+  EXPECT_EQ(m.s.modes[6].use, -1);  // -30, below the limit, not in the list
+  EXPECT_EQ(m.s.modes[7].use, -1);  // 20
+  EXPECT_EQ(m.s.modes[8].use, 0);   // in the list
+  EXPECT_EQ(m.s.modes[9].use, 1);
+  m.s.opt.allPositive = true;
+  MarkUsedModes(m.s, false);
+  EXPECT_EQ(m.s.modes[6].use, 2);
+  // A linear molecule has one zero mode less at the head.
+  m.s.zeroModes.clear();
+  m.s.nZero = 0;
+  m.s.opt.allPositive = false;
+  m.s.opt.freqBottom = 0.0;
+  MarkUsedModes(m.s, true);
+  EXPECT_EQ(m.s.modes[4].use, 0);
+  EXPECT_EQ(m.s.modes[5].use, 0);  // NImag 1 + 6 - 1
+  EXPECT_EQ(m.s.modes[6].use, -1);
+  EXPECT_EQ(m.s.modes[7].use, 1);
+}
+
+TEST(MarkUsedModes, ReducedMassLimitOnlyInTheFullEvaluationWithASpecificationFile) {
+  Molecule m(Water());
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  m.s.modes[8].redMass = 6.0;
+  m.s.opt.redMassTop = 5.0;
+  // Without a specification file the limit is not applied.
+  ThermoAtTP(m.s, false, false);
+  EXPECT_EQ(m.s.modes[8].use, 1);
+  m.dir.Write("m.tdi", "! nothing\n");
+  ThermoAtTP(m.s, false, false);
+  EXPECT_EQ(m.s.modes[8].use, -2);
+  EXPECT_EQ(Thermo().nVibUsed, 2);
+  EXPECT_TRUE(std::filesystem::exists(m.s.files.tdoName));
+  // The silent evaluations of the tables ignore it.
+  ThermoAtTP(m.s, true, false);
+  EXPECT_EQ(m.s.modes[8].use, 1);
+  // So does the full evaluation with RECALCFREQ, which marks again.
+  m.s.opt.recalcFreq = true;
+  ThermoAtTP(m.s, false, false);
+  EXPECT_EQ(m.s.modes[8].use, 1);
+  const std::string log = m.Log();
+  EXPECT_TRUE(HasLine(log, "Upper limit for reduced masses to be used in TD calculations:      5.0000"));
+  EXPECT_EQ(log.find("Bottom limit for frequencies"), std::string::npos);
+  EXPECT_EQ(log.find("WARNING! /FP option"), std::string::npos);
+  EXPECT_NE(log.find("\n   9 3800.000   10.000 3800.000     6.00 -2"), std::string::npos);
+}
+
+TEST(MarkUsedModes, LimitLinesOfTheFullEvaluation) {
+  Molecule m(Water());
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  m.dir.Write("m.tdi", "ALLPOSITIVE\n");
+  m.s.opt.allPositive = true;
+  m.s.opt.freqBottom = 12.5;
+  ThermoAtTP(m.s, false, false);
+  const std::string log = m.Log();
+  const std::string ruler(118, '-');
+  // Between the table head and the first row.
+  EXPECT_NE(log.find(ruler + "\nBottom limit for frequencies to be used in TD calculations:     12.5000\n"
+                             "Upper limit for reduced masses to be used in TD calculations: 999999.0000\n"
+                             " ALLPOSITIVE key found: All negative frequencies will be treated as they would be positive\n"
+                             "   1    0.000"),
+            std::string::npos)
+      << log;
+}
+
+TEST(ThermoAtTP, PrintedLayouts) {
+  Molecule m(Water());
+  m.s.opt.rotationNumber = 2.0;
+  m.s.opt.multiplicity = 3;
+  m.s.electronicEnergy = m.s.lowestEnergy = -76.5;
+  m.s.lowestEnergyStep = 4;
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  ThermoAtTP(m.s, false, true);
+  const std::string log = m.Log();
+  EXPECT_EQ(log.substr(0, log.find(" *** Translational")),
+            " Temperature   :       298.15 K \n"
+            " Pressure      :    101325.00 Pa\n"
+            " Rot. number   :            2\n"
+            " Molecular mass:        18.01 amu\n"
+            " *** Electronic contribution ***\n"
+            " Spin multiplicity of molecule = 3\n"
+            " Qelec =     3.00000E+00   ln(Qelec)=     1.09861   lg(Qelec)=     0.47712\n"
+            " CVelec=      0.000 J/K/mol     0.000 cal/K/mol      0.00000000 Hartree/K\n"
+            " CPelec=      0.000 J/K/mol     0.000 cal/K/mol      0.00000000 Hartree/K\n"
+            " Uelec =      0.000  kJ/mol     0.000  kcal/mol      0.00000000 Hartree  \n"
+            " Helec =      0.000  kJ/mol     0.000  kcal/mol      0.00000000 Hartree  \n"
+            " Selec =      9.134 J/K/mol     2.183 cal/K/mol      0.00000348 Hartree/K\n"
+            " Gelec =     -2.723  kJ/mol    -0.651  kcal/mol     -0.00103732 Hartree  \n");
+  const size_t g = log.find("\n Gtran = ");
+  ASSERT_NE(g, std::string::npos);
+  EXPECT_EQ(log.substr(log.find('\n', g + 1) + 1, 96),
+            " Momentum partition functions and Helmholz free energy to be used in liquid state calculations:\n");
+  EXPECT_NE(log.find("\n Qmom  =     "), std::string::npos);
+  EXPECT_NE(log.find("E+08   ln(Qtran)=    18.6"), std::string::npos);
+  EXPECT_NE(log.find("\n Fmom  =    -46.1"), std::string::npos);
+  EXPECT_NE(log.find(" *** Vibrational contribution ***\n"
+                     "Scaling factor for frequencies:   1.0000\n"
+                     "No. Frequency Intensity  Scaled  Reduced Used  Theta     Svib      ZPE   (H-H0)     Hvib     Gvib"
+                     "     Cvib    Qvib  \n"
+                     "      cm-1      km/mol    Freq     Mass  inTD?   K    J/K/mol   kJ/mol   kJ/mol   kJ/mol   kJ/mol"
+                     "  J/K/mol          \n" +
+                     std::string(118, '-') +
+                     "\n   1    0.000    0.000    0.000     0.00  0    0.000    0.000    0.000    0.000    0.000    0.000"
+                     "    0.000 1.00000E+00\n"),
+            std::string::npos)
+      << log;
+  // Theta of 3800 cm-1 is 5467.346 K, its ZPE 22.729 kJ/mol.
+  EXPECT_NE(log.find("\n   9 3800.000   10.000 3800.000     1.00  1 5467.346    0.000   22.729    0.000   22.729   22.729"
+                     "    0.000 1.00000E+00\n"),
+            std::string::npos)
+      << log;
+  EXPECT_NE(log.find("\n *** Total for ELEC+TRANS+ROT+VIBR contributions ***\n Qtot =  "), std::string::npos);
+  const size_t cp = log.find("\n CPtot= ");
+  ASSERT_NE(cp, std::string::npos);
+  EXPECT_EQ(log.substr(log.find('\n', cp + 1) + 1, 9), " ZPEtot  ");
+  const ThermoState& t = Thermo();
+  const double e = -76.5, k = constants::KJPerMolToHartree;
+  EXPECT_NE(log.find(" *** Total energy corrected by TD functions ****\n"
+                     " Minimum electronic-nuclear energy was taken from the input file at step:   4\n"
+                     " Minimum Etot:     -76.50000000  (Please check the program decision manually!)\n"
+                     " Base Energy :     -76.50000000  (Etot used as a base for TD calculations, it is recommended to "
+                     "check it!)\n"
+                     " Etot        =     -76.50000000\n"
+                     " Etot+ZPEtot = " +
+                     FmtF(e + t.zpeTot * k, 16, 8) + "           (ZPEtot = " + FmtF(t.zpeTot * k, 16, 8) +
+                     ")\n"
+                     " Etot+Utot   = " +
+                     FmtF(e + t.tot.u * k, 16, 8) + "           (Utot   = " + FmtF(t.tot.u * k, 16, 8) + ")\n"),
+            std::string::npos)
+      << log;
+  EXPECT_TRUE(HasLine(log, " Etot+Gtot   = " + FmtF(e + t.tot.g * k, 16, 8) + "           (Gtot   = " +
+                               FmtF(t.tot.g * k, 16, 8) + ")"));
+}
+
+TEST(ThermoAtTP, MultiplicityNotSetIsWarnedAndFixed) {
+  Molecule m(Water());
+  m.s.opt.multiplicity = 0;
+  ThermoAtTP(m.s, false, false);
+  EXPECT_EQ(m.s.opt.multiplicity, 1);
+  const std::string log = m.Log();
+  EXPECT_NE(log.find(" *** Electronic contribution ***\n"
+                     " WARNING! Multiplicity of molecule was not set properly! Using default value (1).\n"
+                     " Spin multiplicity of molecule = 1\n"),
+            std::string::npos);
+}
+
+TEST(ThermoAtTP, TransitionStateDropsOneTranslation) {
+  Molecule m(Water());
+  ThermoAtTP(m.s, true, false);
+  const TDResult plain = Thermo().tran;
+  m.s.opt.transitionState = true;
+  ThermoAtTP(m.s, false, false);
+  const TDResult& ts = Thermo().tran;
+  const double R = constants::GasConstant, T = 298.15;
+  EXPECT_DOUBLE_EQ(ts.q, std::pow(plain.q, 2.0 / 3.0));
+  EXPECT_DOUBLE_EQ(ts.u, R * T / 1000.0);
+  EXPECT_DOUBLE_EQ(ts.h, 2.0 * R * T / 1000.0);
+  EXPECT_DOUBLE_EQ(ts.cv, R);
+  EXPECT_DOUBLE_EQ(ts.cp, 2.0 * R);
+  EXPECT_DOUBLE_EQ(ts.s, plain.s * 2.0 / 3.0);
+  EXPECT_DOUBLE_EQ(ts.g, ts.h - T / 1000.0 * ts.s);
+  const std::string log = m.Log();
+  EXPECT_NE(log.find(" Molecular mass:        18.01 amu\n Transition state thermodynamics requested\n"),
+            std::string::npos);
+  EXPECT_NE(log.find(" *** Translational contribution ***\n"
+                     " *** Molecule is treated as a TRANSITION STATE.\n"
+                     " *** One of translational degrees of freedom is ignored.\n Qtran = "),
+            std::string::npos);
+}
+
+TEST(ThermoAtTP, SilentCallWritesOneTableRow) {
+  Molecule m(Water());
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  m.s.opt.temperature = 300.0;
+  ThermoAtTP(m.s, true, false);
+  const TDResult& r = Thermo().tot;
+  const std::string row = FmtF(300.0, 10, 3) + FmtF(r.cv, 10, 3) + FmtF(r.cp, 10, 3) + FmtF(r.u, 10, 3) +
+                          FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 15, 5) +
+                          FmtF(r.lnQ, 12, 5) + "\n";
+  EXPECT_EQ(m.Log(), row);
+  EXPECT_EQ(row.substr(0, 10), "   300.000");
+}
+
+// ---- The driver ------------------------------------------------------------------
+
+TEST(CalcTD, FixedTableScalingAndTheTemperatureLeftBehind) {
+  Molecule m(Water());
+  m.s.opt.freqScale = 0.9;
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  m.s.xyz[0] = {5.0, 5.0, 5.0};  // the last set is used
+  CalcTD(m.s);
+  EXPECT_EQ(m.s.xyz[0], m.s.Set(0).xyz[0]);
+  EXPECT_DOUBLE_EQ(m.s.modes[6].scaledFreq, 1440.0);
+  EXPECT_EQ(m.s.opt.temperature, 500.0);  // not restored
+  const std::string log = m.Log();
+  EXPECT_EQ(log.find(" ******************** THERMOCHEMICAL PROPERTIES EVALUATION ********************\n"
+                     " Molecular geometry corresponds to the last coordinate set - Step No.    0\n"
+                     " Temperature   :       298.15 K \n"),
+            0u)
+      << log;
+  const std::string title = " Thermodynamics at various temperatures (w/o internal rotations):";
+  EXPECT_NE(log.find(title + "\n"
+                             " Temperature    CV        CP        U         H         S         G          Q     "
+                             "       ln(Q)\n"
+                             "      K       J/K/mol   J/K/mol   kJ/mol    kJ/mol   J/K/mol    kJ/mol\n" +
+                     std::string(97, '-') + "\n    10.000"),
+            std::string::npos)
+      << log;
+  auto rows = TableRows(log, title);
+  ASSERT_EQ(rows.size(), 50u);
+  EXPECT_EQ(rows.front().substr(0, 10), "    10.000");
+  EXPECT_EQ(rows.back().substr(0, 10), "   500.000");
+  EXPECT_EQ(log.find("requested temperatures"), std::string::npos);
+  EXPECT_EQ(log.substr(log.size() - 98), std::string(97, '-') + "\n");
+}
+
+TEST(CalcTD, RequestedRangeWithOnlyTheStep) {
+  Molecule m(Water());
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  m.s.opt.tempTableRequested = true;
+  m.s.opt.tempRange = {0.0, -1.0, 50.0};
+  CalcTD(m.s);
+  EXPECT_EQ(m.s.opt.tempRange, (std::array<double, 3>{50.0, 1000.0, 50.0}));
+  EXPECT_EQ(m.s.opt.temperature, 1000.0);
+  auto rows = TableRows(m.Log(), " Thermodynamics at requested temperatures (w/o internal rotations):");
+  ASSERT_EQ(rows.size(), 20u);
+  EXPECT_EQ(rows.front().substr(0, 10), "    50.000");
+  EXPECT_EQ(rows.back().substr(0, 10), "  1000.000");
+}
+
+TEST(CalcTD, RequestedRangeCountIsTruncated) {
+  Molecule m(Water());
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  m.s.opt.tempTableRequested = true;
+  m.s.opt.tempRange = {100.0, 200.0, 10.0};
+  CalcTD(m.s);
+  auto rows = TableRows(m.Log(), " Thermodynamics at requested temperatures (w/o internal rotations):");
+  ASSERT_EQ(rows.size(), 11u);
+  EXPECT_EQ(rows.front().substr(0, 10), "   100.000");
+  EXPECT_EQ(rows.back().substr(0, 10), "   200.000");
+}
+
+TEST(CalcTD, EmptyRequestedRangePrintsHeadAndRulers) {
+  Molecule m(Water());
+  m.Modes(6, {1600.0});
+  m.s.opt.tempTableRequested = true;
+  m.s.opt.tempRange = {500.0, 100.0, 50.0};  // (50 - 500 + 100) / 50 is negative
+  CalcTD(m.s);
+  const std::string log = m.Log();
+  const std::string ruler(97, '-');
+  EXPECT_NE(log.find("\n Thermodynamics at requested temperatures (w/o internal rotations):\n"
+                     " Temperature    CV"),
+            std::string::npos);
+  EXPECT_EQ(log.substr(log.size() - 2 * 98), ruler + "\n" + ruler + "\n");
+}
+
+TEST(CalcTD, EditedStructureWarnsBeforeAndAfter) {
+  Molecule m(Water());
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  m.s.xyz[0][2] += 0.1;
+  const Vec3 edited = m.s.xyz[0];
+  CalcTD(m.s, true);
+  EXPECT_EQ(m.s.xyz[0], edited);
+  const std::string log = m.Log();
+  EXPECT_EQ(log.find(" ******************** THERMOCHEMICAL PROPERTIES EVALUATION ********************\n"
+                     " **** WARNING! Molecular geometry was changed during the interactive session.\n"
+                     " **** The final (edited) coordinates will be used for TD calculations.\n"
+                     " **** The TD analysis can be invalid!\n"
+                     " Temperature   :"),
+            0u)
+      << log;
+  const std::string after = std::string(97, '-') +
+                            "\n **** WARNING! Molecular geometry was changed during the interactive session.\n"
+                            " **** The final (edited) coordinates were used for TD calculations.\n"
+                            " **** The TD analysis can be invalid!\n";
+  EXPECT_EQ(log.substr(log.size() - after.size()), after);
+}
+
+TEST(CalcTD, RunWithoutFrequenciesWarnsAndPrintsNoTable) {
+  TempDir dir;
+  const std::string xyz =
+      "3\nwater\n"
+      "O   0.000000   0.000000   0.117300\n"
+      "H   0.000000   0.757200  -0.469200\n"
+      "H   0.000000  -0.757200  -0.469200\n";
+  auto r = RunInProcess({dir.Write("w.xyz", xyz), "/X2", "/0"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  const std::string tail = r.log.substr(r.log.find(" ******************** THERMOCHEMICAL"));
+  EXPECT_NE(tail.find(" Total for    0 vibrations"), std::string::npos);
+  EXPECT_NE(tail.find(" Etot+Gtot   = "), std::string::npos);
+  const std::string warning =
+      " ***** W A R N I N G !\n"
+      " ***** Vibrational frequencies have not been found in the input file.\n"
+      " ***** TD functions have no vibrational contributions!\n"
+      " ***** TD analysis may be invalid!\n";
+  EXPECT_EQ(tail.substr(tail.size() - warning.size()), warning);
+  EXPECT_EQ(tail.find("Thermodynamics at"), std::string::npos);
+}
+
+TEST(CalcTD, NothingWithoutAMolecule) {
+  Session s;
+  TempDir dir;
+  s.log.Open(dir.File("e.mou"));
+  CalcTD(s);
+  s.log.Close();
+  EXPECT_EQ(ReadFile(dir.File("e.mou")), "");
+}
+
+TEST(CalcTD, TablesAllocateNoModeArraysPerRow) {
+  Molecule m(Water());
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  CalcTD(m.s);
+  const double* before = Thermo().qvib.data();
+  m.s.opt.temperature = 123.0;
+  ThermoAtTP(m.s, true, false);
+  EXPECT_EQ(Thermo().qvib.data(), before);
+  EXPECT_EQ(CountLinesStartingWith(m.Log(), "   123.000"), 1);
+}
