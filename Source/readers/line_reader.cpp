@@ -1,5 +1,7 @@
 #include "readers/line_reader.h"
 
+#include <sys/stat.h>
+
 #include <cstring>
 
 namespace quintor {
@@ -20,6 +22,12 @@ bool LineReader::Open(const std::string& path) {
   Close();
   file_ = std::fopen(path.c_str(), "rb");
   if (!file_) return false;
+  // Only regular files: a directory, a device or a pipe could end nowhere.
+  struct stat st {};
+  if (::fstat(::fileno(file_), &st) != 0 || !S_ISREG(st.st_mode)) {
+    Close();
+    return false;
+  }
   path_ = path;
   buf_.resize(kBuffer);
   Rewind();

@@ -18,7 +18,7 @@ class LineReader {
   LineReader& operator=(const LineReader&) = delete;
   ~LineReader();
 
-  bool Open(const std::string& path);  // false when it can not be opened
+  bool Open(const std::string& path);  // false when it can not be opened or is no regular file
   void Close();
   bool IsOpen() const { return file_ != nullptr; }
   const std::string& Path() const { return path_; }
