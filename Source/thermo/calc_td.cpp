@@ -61,13 +61,8 @@ void CalcTD(Session& s, bool structureEdited) {
     EditedWarning(s, "will be");
   }
 
-  // The imaginary modes of the log, and the scaling, once: the sign flips of
-  // the evaluations come after it.
-  s.nImag = 0;
-  for (VibMode& m : s.modes) {
-    if (m.freq < 0.0) ++s.nImag;
-    m.scaledFreq = m.freq * s.opt.freqScale;
-  }
+  // Scaling once: the sign flips of the evaluations come after it.
+  for (VibMode& m : s.modes) m.scaledFreq = m.freq * s.opt.freqScale;
   Thermo().SizeFor(s.modes.size());
 
   const int nRot = static_cast<int>(s.rotors.size());

@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 
 #include "numeric/fortran_io.h"
 #include "numeric/jacobi.h"
+#include "readers/force_constants.h"
 #include "thermo/thermo.h"
 
 namespace quintor {
@@ -216,31 +216,28 @@ void Rotational(Session& s, ThermoState& t, bool quiet) {
   s.log.Line(Ruler118);
 }
 
-// The reduced masses of the modes as the log gave them, to the report file.
-void ReportReducedMasses(const Session& s, std::ofstream& out) {
-  out << " Reduced masses (amu) of the normal modes:\n";
-  for (size_t i = 0; i < s.modes.size(); ++i)
-    out << FmtI(static_cast<long long>(i + 1), 5) << FmtF(s.modes[i].freq, 12, 2) << FmtF(s.modes[i].redMass, 12, 5)
-        << "\n";
-}
-
 // The limits of the full evaluation of a run with a specification file: the
 // report of reduced masses and the reduced-mass limit of /RX.
 void ReducedMassLimit(Session& s, const ThermoState& t) {
   std::error_code ec;
   if (s.files.specName.empty() || !std::filesystem::exists(s.files.specName, ec)) return;
-  std::ofstream tdo(s.files.tdoName, std::ios::trunc);
+  MainLog tdo;
+  tdo.Open(s.files.tdoName);
   if (s.opt.freqBottom != 0.0)
     s.log.Line("Bottom limit for frequencies to be used in TD calculations:" + FmtF(s.opt.freqBottom, 12, 4));
   if (s.opt.redMassTop != 10000000000.0)
     s.log.Line("Upper limit for reduced masses to be used in TD calculations:" + FmtF(s.opt.redMassTop, 12, 4));
   if (s.opt.allPositive)
     s.log.Line(" ALLPOSITIVE key found: All negative frequencies will be treated as they would be positive");
-  ReportReducedMasses(s, tdo);
+  RecalculateFrequencies(s, tdo);
   for (VibMode& m : s.modes)
     if (m.redMass > s.opt.redMassTop) m.use = -2;
-  tdo.close();
-  if (s.opt.recalcFreq) MarkUsedModes(s, t.linear);
+  tdo.Close();
+  if (s.opt.recalcFreq) {
+    // The recalculated frequencies are scaled as the log's were.
+    for (VibMode& m : s.modes) m.scaledFreq = m.freq * s.opt.freqScale;
+    MarkUsedModes(s, t.linear);
+  }
 }
 
 void Vibrational(Session& s, ThermoState& t, bool quiet) {
