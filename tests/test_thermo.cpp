@@ -697,3 +697,15 @@ TEST(CalcTD, TablesAllocateNoModeArraysPerRow) {
   EXPECT_EQ(Thermo().qvib.data(), before);
   EXPECT_EQ(CountLinesStartingWith(m.Log(), "   123.000"), 1);
 }
+
+TEST(MarkUsedModes, ReducedMassReportGoesToTheThermodynamicOutput) {
+  Molecule m(Water());
+  m.s.opt.formatCode = 1;  // a Gaussian 94 log: the table comes from the log's modes
+  m.Modes(6, {1600.0, 3700.0, 3800.0});
+  m.dir.Write("m.tdi", "SCALE=0.9\n");
+  ThermoAtTP(m.s, false, false);
+  const std::string tdo = ReadFile(m.s.files.tdoName);
+  EXPECT_NE(tdo.find(" Frequencies (cm-1), reduced masses (amu) and force constants (mdyn/A):"), std::string::npos)
+      << tdo;
+  EXPECT_EQ(m.Log().find(" Frequencies (cm-1), reduced masses"), std::string::npos);
+}
