@@ -84,7 +84,7 @@ GaussianThermo ReadGaussianThermo(const std::string& path) {
 struct LogCase {
   const char* file;
   std::vector<std::string> extra;  // further options of the run
-  std::string spec;                // a specification file beside the copy, when not empty
+  std::string tdi;                 // a .tdi file beside the copy, when not empty
 };
 
 // The largest differences of one log, for the summary.
@@ -105,7 +105,7 @@ void CompareWithGaussian(const LogCase& c) {
   const std::string name = std::filesystem::path(original).filename().string();
   const std::string copy = dir.File(name);
   std::filesystem::copy_file(original, copy);
-  if (!c.spec.empty()) dir.Write(std::filesystem::path(name).replace_extension(".tdi").string(), c.spec);
+  if (!c.tdi.empty()) dir.Write(std::filesystem::path(name).replace_extension(".tdi").string(), c.tdi);
   std::vector<std::string> args{copy, "/0", "/ROT" + std::to_string(g.symmetryNumber)};
   args.insert(args.end(), c.extra.begin(), c.extra.end());
 
@@ -147,10 +147,12 @@ void CompareWithGaussian(const LogCase& c) {
 
 }  // namespace
 
-// Gaussian evaluates the same model with the CODATA constants of its
-// version; the constants here are those of 1998. The differences this makes
-// are a few 1e-4 in the printed units, far below the tolerances. What remains
-// is Gaussian's rounding of its own table to three decimals.
+// Gaussian evaluates the same model. The largest differences over these logs
+// are below 6e-4 in kcal/mol and cal/mol K: mostly Gaussian's rounding of its
+// table to three decimals (5e-4), plus its physical constants, which are those
+// of a later CODATA set in Gaussian 03 and later (h, k, NA, amu), against the
+// 1998 values here; its kcal/mol per Hartree (627.5095) is used for its
+// corrections in Hartree.
 TEST(ThermoAgainstGaussian, Gaussian98Hydrogen) {
   // The one frequency of this H2 is imaginary: no vibration counts.
   CompareWithGaussian({"gaussian98/h2_freq.log", {}, {}});
