@@ -72,28 +72,15 @@ GamessModes ParseGamessModes(const std::string& path, int nAtoms) {
   return g;
 }
 
-// The ammonia transition state of GAMESS(US) 2018, as its reader leaves it:
-// copied with its punch file into `dir`, the session filled from the log.
+// The ammonia transition state of GAMESS(US) 2018, copied with its punch
+// file into `dir` and read in a whole run.
 void PrepareNh3(Session& s, const TempDir& dir, bool withPunch = true) {
   const std::string log = dir.Write("nh3_ts_ir.log", ReadFile(TestData("gamess-us2018/nh3_ts_ir.log")));
   if (withPunch) dir.Write("nh3_ts_ir.pun", ReadFile(TestData("gamess-us2018/nh3_ts_ir.pun")));
-  RunInProcess(s, {log, "/0"}, "N");
-  if (s.nAtoms != 4 || s.modes.size() != 12) {
-    // Until the GAMESS reader fills the session, the values come from the
-    // log by hand: its coordinates (bohr), atomic weights and modes.
-    s.opt.formatCode = 19;
-    s.nAtoms = 4;
-    s.atomicNumber = {7, 1, 1, 1};
-    s.atomMass = {14.00307, 1.00782, 1.00782, 1.00782};
-    s.xyz = {Vec3{0.0, 0.0, 0.0}, Vec3{-0.9227457891, 1.5982425889, 0.0}, Vec3{-0.9227457891, -1.5982425889, 0.0},
-             Vec3{1.8454915779, 0.0, 0.0}};
-    GamessModes g = ParseGamessModes(log, 4);
-    s.modes.assign(12, VibMode{});
-    for (size_t k = 0; k < 12; ++k) {
-      s.modes[k].freq = g.freq[k];
-      s.modes[k].disp = g.disp[k];  // the older logs give no reduced masses
-    }
-  }
+  RunResult r = RunInProcess(s, {log, "/0"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  ASSERT_EQ(s.nAtoms, 4);
+  ASSERT_EQ(s.modes.size(), 12u);  // GAMESS prints all 3N modes
   s.files.inputName = log;
 }
 

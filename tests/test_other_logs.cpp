@@ -267,6 +267,37 @@ TEST(OwnLog, ALogWrittenByARunReadsBackToThePrintedDigits) {
       EXPECT_NEAR(distance(set[i], set[j]) * kA, distance(original[i], original[j]), 2.0e-6) << i << " " << j;
 }
 
+TEST(OwnLog, AGamessOptimisationReadsBackStepByStep) {
+  TempDir dir;
+  const std::string log = dir.Write("dvb_gopt.log", ReadFile(TestData("gamess-us/dvb_gopt.log")));
+  Session first;
+  RunResult written = RunInProcess(first, {log, "/0"});
+  ASSERT_EQ(written.status, 0) << written.console;
+  int blocks = 0;
+  for (size_t at = written.log.find(" NSEARCH ="); at != std::string::npos; at = written.log.find(" NSEARCH =", at + 1))
+    ++blocks;
+  ASSERT_GT(blocks, 2);
+
+  Session s;
+  RunResult r = RunInProcess(s, {first.files.logName, "/0"});
+  ASSERT_EQ(r.status, 0) << r.console;
+  // As many sets as search steps, and one for the last view.
+  ASSERT_EQ(s.iCyc, blocks);
+  ASSERT_EQ(s.nAtoms, first.nAtoms);
+  EXPECT_EQ(s.atomicNumber, first.atomicNumber);
+  // The steps come back with the ten decimals the log echoes; the second
+  // step also stands as set 0.
+  for (int k = 1; k < blocks; ++k)
+    for (int i = 0; i < s.nAtoms; ++i)
+      for (int j = 0; j < 3; ++j) EXPECT_NEAR(s.Set(k).xyz[i][j], first.Set(k).xyz[i][j], 1e-9) << k << " " << i;
+  for (int i = 0; i < s.nAtoms; ++i)
+    for (int j = 0; j < 3; ++j) EXPECT_EQ(s.Set(0).xyz[i][j], s.Set(1).xyz[i][j]);
+  // The last set is the last view of the molecular frame.
+  std::vector<PrintedAtom> printed = LastViewTable(written.log);
+  ASSERT_EQ(static_cast<int>(printed.size()), s.nAtoms);
+  for (int i = 0; i < s.nAtoms; ++i) ExpectAngstrom(s.Set(blocks).xyz[i], printed[i].x, printed[i].y, printed[i].z3, 1e-12);
+}
+
 // A log of this program as a GAMESS run leaves it: optimisation steps echoed
 // under " NSEARCH =", then the last view.
 std::string OwnLogWithSearchSteps() {
