@@ -118,7 +118,7 @@ void CompareWithGaussian(const LogCase& c) {
   // at the temperature of Gaussian's table.
   s.opt.temperature = 298.15;
   ThermoAtTP(s, true, false);
-  const ThermoState& t = Thermo();
+  const ThermoState& t = s.thermo;
   const TDResult* ours[5] = {&t.tot, &t.elec, &t.tran, &t.rot, &t.vib};
   static const char* kNames[5] = {"total", "electronic", "translational", "rotational", "vibrational"};
 
@@ -284,7 +284,7 @@ std::vector<std::string> TableRows(const std::string& log, const std::string& ti
 TEST(ThermoAtTP, SingleAtomIsASphericalTopWithLinearFormulas) {
   Molecule m(std::vector<Atom>{{39.948, {0.3, 0.2, 0.1}}});
   ThermoAtTP(m.s, false, true);
-  const ThermoState& t = Thermo();
+  const ThermoState& t = m.s.thermo;
   EXPECT_TRUE(t.linear);
   EXPECT_EQ(t.rot.q, 0.0);
   EXPECT_TRUE(std::isinf(t.rot.s) && t.rot.s < 0.0);  // ln 0, unguarded
@@ -313,7 +313,7 @@ TEST(ThermoAtTP, TopsAndTheirLines) {
   {
     Molecule m(std::vector<Atom>{{15.99491, {0, 0, -2.2}}, {12.0, {0, 0, 0}}, {15.99491, {0, 0, 2.2}}});
     ThermoAtTP(m.s, false, true);
-    EXPECT_TRUE(Thermo().linear);
+    EXPECT_TRUE(m.s.thermo.linear);
     std::string log = m.Log();
     EXPECT_TRUE(HasLine(log, " Linear top"));
     EXPECT_TRUE(HasLine(log, " Linear molecule"));
@@ -323,7 +323,7 @@ TEST(ThermoAtTP, TopsAndTheirLines) {
   for (const auto& atoms : {Prolate(), Oblate()}) {
     Molecule m(atoms);
     ThermoAtTP(m.s, false, true);
-    const auto& I = Thermo().moments;
+    const auto& I = m.s.thermo.moments;
     const double toAu = 1.0 / (constants::AtomicMassUnit * constants::BohrRadius * constants::BohrRadius);
     EXPECT_TRUE(std::fabs(I[0] - I[1]) * toAu < 0.001 || std::fabs(I[1] - I[2]) * toAu < 0.001);
     std::string log = m.Log();
@@ -342,7 +342,7 @@ TEST(ThermoAtTP, FrequencyJustAbove300ThetaOverTGivesOnlyItsZeroPointEnergy) {
   const double nu = 300.000001 * 10.0 * constants::Boltzmann / (100.0 * constants::Planck * constants::SpeedOfLight);
   m.Modes(6, {nu});
   ThermoAtTP(m.s, true, false);
-  const ThermoState& t = Thermo();
+  const ThermoState& t = m.s.thermo;
   EXPECT_GT(t.theta[6] / 10.0, 300.0);
   EXPECT_EQ(t.qvib[6], 1.0);
   EXPECT_EQ(t.svib[6], 0.0);
@@ -365,7 +365,7 @@ TEST(MarkUsedModes, PositiveFrequencyLimit) {
   EXPECT_EQ(m.s.modes[8].use, 1);
 
   ThermoAtTP(m.s, false, false);
-  const ThermoState& t = Thermo();
+  const ThermoState& t = m.s.thermo;
   EXPECT_EQ(m.s.modes[7].scaledFreq, 50.0);
   EXPECT_EQ(m.s.modes[6].scaledFreq, -200.0);
   EXPECT_DOUBLE_EQ(t.zpe[7], 50.0 * (50.0 * constants::Planck * constants::Avogadro) * constants::SpeedOfLight / 1000.0);
@@ -412,7 +412,7 @@ TEST(MarkUsedModes, ReducedMassLimitOnlyInTheFullEvaluationWithASpecificationFil
   m.dir.Write("m.tdi", "! nothing\n");
   ThermoAtTP(m.s, false, false);
   EXPECT_EQ(m.s.modes[8].use, -2);
-  EXPECT_EQ(Thermo().nVibUsed, 2);
+  EXPECT_EQ(m.s.thermo.nVibUsed, 2);
   EXPECT_TRUE(std::filesystem::exists(m.s.files.tdoName));
   // The silent evaluations of the tables ignore it.
   ThermoAtTP(m.s, true, false);
@@ -496,7 +496,7 @@ TEST(ThermoAtTP, PrintedLayouts) {
   const size_t cp = log.find("\n CPtot= ");
   ASSERT_NE(cp, std::string::npos);
   EXPECT_EQ(log.substr(log.find('\n', cp + 1) + 1, 9), " ZPEtot  ");
-  const ThermoState& t = Thermo();
+  const ThermoState& t = m.s.thermo;
   const double e = -76.5, k = constants::KJPerMolToHartree;
   EXPECT_NE(log.find(" *** Total energy corrected by TD functions ****\n"
                      " Minimum electronic-nuclear energy was taken from the input file at step:   4\n"
@@ -530,10 +530,10 @@ TEST(ThermoAtTP, MultiplicityNotSetIsWarnedAndFixed) {
 TEST(ThermoAtTP, TransitionStateDropsOneTranslation) {
   Molecule m(Water());
   ThermoAtTP(m.s, true, false);
-  const TDResult plain = Thermo().tran;
+  const TDResult plain = m.s.thermo.tran;
   m.s.opt.transitionState = true;
   ThermoAtTP(m.s, false, false);
-  const TDResult& ts = Thermo().tran;
+  const TDResult& ts = m.s.thermo.tran;
   const double R = constants::GasConstant, T = 298.15;
   EXPECT_DOUBLE_EQ(ts.q, std::pow(plain.q, 2.0 / 3.0));
   EXPECT_DOUBLE_EQ(ts.u, R * T / 1000.0);
@@ -556,7 +556,7 @@ TEST(ThermoAtTP, SilentCallWritesOneTableRow) {
   m.Modes(6, {1600.0, 3700.0, 3800.0});
   m.s.opt.temperature = 300.0;
   ThermoAtTP(m.s, true, false);
-  const TDResult& r = Thermo().tot;
+  const TDResult& r = m.s.thermo.tot;
   const std::string row = FmtF(300.0, 10, 3) + FmtF(r.cv, 10, 3) + FmtF(r.cp, 10, 3) + FmtF(r.u, 10, 3) +
                           FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 15, 5) +
                           FmtF(r.lnQ, 12, 5) + "\n";
@@ -693,10 +693,10 @@ TEST(CalcTD, TablesAllocateNoModeArraysPerRow) {
   Molecule m(Water());
   m.Modes(6, {1600.0, 3700.0, 3800.0});
   CalcTD(m.s);
-  const double* before = Thermo().qvib.data();
+  const double* before = m.s.thermo.qvib.data();
   m.s.opt.temperature = 123.0;
   ThermoAtTP(m.s, true, false);
-  EXPECT_EQ(Thermo().qvib.data(), before);
+  EXPECT_EQ(m.s.thermo.qvib.data(), before);
   EXPECT_EQ(CountLinesStartingWith(m.Log(), "   123.000"), 1);
 }
 

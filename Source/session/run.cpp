@@ -110,8 +110,7 @@ bool StartUp(Session& s, LineReader& in, int& status) {
     status = exit_status::NoInput;
     return false;
   }
-  std::error_code ec;
-  if (fs::is_directory(f.inputName, ec) || !in.Open(f.inputName)) {
+  if (!in.Open(f.inputName)) {
     s.Console() << " File " << f.inputName << " can not be read.\n";
     status = exit_status::NoInput;
     return false;

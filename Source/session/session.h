@@ -11,6 +11,7 @@
 
 #include "session/config_file.h"
 #include "session/main_log.h"
+#include "thermo/thermo_state.h"
 #include "viewer/view_state.h"
 
 namespace quintor {
@@ -193,6 +194,8 @@ struct Session {
   std::vector<int> excludeAtoms;      // EXCLUDEATOMS of the SpecFile
   std::string rotationPattern;        // PATTERN of the SpecFile: header of generated coordinates
   double intensityFactor = 1.0;       // for showing intensities
+
+  ThermoState thermo;                 // results of the last evaluation
 
   // ---- View ---------------------------------------------------------------------
   ViewState view;

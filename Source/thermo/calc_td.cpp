@@ -63,7 +63,7 @@ void CalcTD(Session& s, bool structureEdited) {
 
   // Scaling once: the sign flips of the evaluations come after it.
   for (VibMode& m : s.modes) m.scaledFreq = m.freq * s.opt.freqScale;
-  Thermo().SizeFor(s.modes.size());
+  s.thermo.SizeFor(s.modes.size());
 
   const int nRot = static_cast<int>(s.rotors.size());
   ThermoAtTP(s, false, true);

@@ -341,11 +341,6 @@ void ThermoState::SizeFor(size_t nModes) {
     if (a->size() != nModes) a->assign(nModes, 0.0);
 }
 
-ThermoState& Thermo() {
-  static ThermoState state;
-  return state;
-}
-
 void MarkUsedModes(Session& s, bool linear) {
   const int limit = s.nImag + 6 - (linear ? 1 : 0);
   const auto& zero = s.zeroModes;
@@ -364,7 +359,7 @@ void MarkUsedModes(Session& s, bool linear) {
 }
 
 void ThermoAtTP(Session& s, bool quiet, bool withRotations) {
-  ThermoState& t = Thermo();
+  ThermoState& t = s.thermo;
   Options& o = s.opt;
 
   if (!quiet) {

@@ -11,54 +11,6 @@
 
 namespace quintor {
 
-// Thermodynamic functions at one temperature and pressure.
-struct TDResult {
-  double q = 1.0;     // partition function
-  double lnQ = 0.0;
-  double cv = 0.0;    // J/K/mol
-  double cp = 0.0;    // J/K/mol
-  double u = 0.0;     // kJ/mol
-  double h = 0.0;     // kJ/mol
-  double s = 0.0;     // J/K/mol
-  double g = 0.0;     // kJ/mol
-};
-
-// What one evaluation leaves behind for the internal-rotation treatment and
-// for the next evaluation. The per-mode arrays have one entry per mode of the
-// Session (index 0 is mode 1); they are sized by CalcTD and only cleared,
-// never reallocated, by the evaluations of one run.
-struct ThermoState {
-  std::vector<double> theta;  // K
-  std::vector<double> svib;   // J/K/mol
-  std::vector<double> zpe;    // kJ/mol
-  std::vector<double> hh0;    // H-H0, kJ/mol
-  std::vector<double> hvib;   // kJ/mol, H-H0 plus the zero-point energy
-  std::vector<double> gvib;   // kJ/mol
-  std::vector<double> cvib;   // J/K/mol
-  std::vector<double> qvib;
-
-  bool linear = false;
-  std::array<double, 3> moments{};  // principal moments, descending; kg m^2 after an evaluation
-  double zpeTot = 0.0;               // kJ/mol
-  int nVibUsed = 0;                  // modes that entered the sums
-
-  double qmom = 0.0;                 // momentum partition function
-  double fmom = 0.0;                 // its Helmholz free energy, kJ/mol
-  TDResult elec, tran, rot, vib, tot;
-
-  // The last inertia tensor handed to the eigensolver and its eigenvalues:
-  // the tables evaluate one geometry many times and diagonalise it once.
-  std::array<double, 6> tensorSeen{};
-  std::array<double, 3> momentsSeen{};
-  bool tensorKnown = false;
-
-  void SizeFor(size_t nModes);
-};
-
-// The state of the thermochemistry of the process (one run at a time, like
-// the Session it belongs to).
-ThermoState& Thermo();
-
 // One evaluation at the Session's temperature and pressure. With quiet off
 // every section is written to the MainLog; with quiet on nothing is written
 // but, without rotations, one row of a temperature table. withRotations
