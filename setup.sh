@@ -26,13 +26,13 @@ cmake --build build
 # repository stays clean.
 out=build/example
 mkdir -p "$out"
-cp examples/ethanol_xtb.out "$out/"
+cp examples/ethanol_xtb.out examples/ethanol_xtb.tdi "$out/"
 status=0
 # The home directory holds the sample configuration and fragment database.
 (cd "$out" && QUINTOR="$(pwd)/../../data" ../bin/quintor ethanol_xtb.out /0 </dev/null >console.txt 2>&1) || status=$?
 echo
 echo "Batch run of examples/ethanol_xtb.out finished with exit status $status."
 echo "  executable : $(pwd)/build/bin/quintor"
-echo "  MainLog    : $(pwd)/$out/ethanol_xtb.mou"
-[ -f "$out/ethanol_xtb.tdo" ] && echo "  reduced masses report: $(pwd)/$out/ethanol_xtb.tdo"
+echo "  MainLog    : $(pwd)/$out/ethanol_xtb.mou (report, thermochemistry and temperature tables)"
+[ -f "$out/ethanol_xtb.tdo" ] && echo "  .tdo report : $(pwd)/$out/ethanol_xtb.tdo (reduced masses)"
 echo "  console    : $(pwd)/$out/console.txt"

@@ -225,10 +225,15 @@ void PrintTable(const Session& s, const std::vector<Row>& rows, MainLog& out) {
 void ReducedMassesFromVectors(Session& s, MainLog& out) {
   out.Line(" Can not calculate the reduced masses.");
   out.Line("  Reduced masses calculated on the basis of current normal vectors:");
+  // The list is printed for every mode; a reduced mass that the log gave
+  // stands, the others (older GAMESS logs print none) are taken from it.
   for (VibMode& m : s.modes) {
-    m.redMass = ReducedMassOf(m.disp);
-    m.forceConst = ForceConstantOf(m.freq, m.redMass);
-    out.Line(FmtF(m.redMass, 25, 5));
+    const double fromVector = ReducedMassOf(m.disp);
+    out.Line(FmtF(fromVector, 25, 5));
+    if (m.redMass == 0.0) {
+      m.redMass = fromVector;
+      m.forceConst = ForceConstantOf(m.freq, m.redMass);
+    }
   }
 }
 
@@ -294,9 +299,9 @@ void FromHessian(Session& s, const Hessian& hessian, MainLog& out) {
 }  // namespace
 
 void RecalculateFrequencies(Session& s, MainLog& out) {
-  for (VibMode& m : s.modes) m.forceConst = ForceConstantOf(m.freq, m.redMass);
   const Companion kind = CompanionOf(s.opt.formatCode);
-  if (kind == Companion::None) return;
+  if (kind == Companion::None) return;  // the log's values stand
+  for (VibMode& m : s.modes) m.forceConst = ForceConstantOf(m.freq, m.redMass);
   out.Line();
   if (kind == Companion::LogModes) {
     std::vector<Row> rows;
