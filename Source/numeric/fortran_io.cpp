@@ -141,12 +141,6 @@ std::optional<long long> ParseFortranInt(std::string_view field) {
 
 namespace {
 
-std::string_view Columns(std::string_view line, int first, int width) {
-  size_t start = first > 0 ? static_cast<size_t>(first - 1) : 0;
-  if (start >= line.size() || width <= 0) return {};
-  return line.substr(start, static_cast<size_t>(width));
-}
-
 FieldPlace WithColumns(FieldPlace where, int first, int width) {
   where.firstCol = first;
   where.lastCol = first + width - 1;
@@ -154,6 +148,12 @@ FieldPlace WithColumns(FieldPlace where, int first, int width) {
 }
 
 }  // namespace
+
+std::string_view Columns(std::string_view line, int first, int width) {
+  size_t start = first > 0 ? static_cast<size_t>(first - 1) : 0;
+  if (start >= line.size() || width <= 0) return {};
+  return line.substr(start, static_cast<size_t>(width));
+}
 
 double ReadFixedReal(std::string_view line, int first, int width, int decimals, FieldPlace where) {
   std::string_view f = Columns(line, first, width);

@@ -56,6 +56,10 @@ std::string ReadErrorMessage(const FieldPlace& where, std::string_view text);
 std::optional<double> ParseFortranReal(std::string_view field, int impliedDecimals = 0);
 std::optional<long long> ParseFortranInt(std::string_view field);
 
+// Columns first..first+width-1 (1-based) of `line`; what lies beyond the
+// line reads as nothing (blank).
+std::string_view Columns(std::string_view line, int first, int width);
+
 // Reads columns first..first+width-1 (1-based) of `line`; columns beyond the
 // end of the line read as blanks. Throws FatalReadError on bad text.
 double ReadFixedReal(std::string_view line, int first, int width, int decimals, FieldPlace where);

@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "numeric/fortran_io.h"
+#include "readers/anchor_scan.h"
 #include "readers/readers.h"
 #include "session/spec_file.h"
 
@@ -43,20 +44,6 @@ constexpr double kIntensityToKmPerMol = 42.2547;
 // lines in PC GAMESS 5-7 and GAMESS(US), 14 in PC GAMESS 4).
 constexpr int kMaxLinesBetweenBlocks = 40;
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-
-// Columns first..first+width-1 (1-based); what lies beyond the line reads blank.
-std::string_view Cols(std::string_view line, int first, int width) {
-  size_t b = static_cast<size_t>(first - 1);
-  if (b >= line.size()) return {};
-  return line.substr(b, static_cast<size_t>(width));
-}
-
-bool AllBlank(std::string_view s) {
-  for (char c : s)
-    if (!IsBlank(c)) return false;
-  return true;
-}
 
 // ---- Anchor scan -----------------------------------------------------------------
 //
@@ -79,28 +66,11 @@ constexpr std::string_view kStateMultText = "STATE MULTIPLICITY                 
 constexpr std::string_view kStartPointText = "ATOM      ATOMIC                      COORDINATES (BOHR)";
 constexpr std::string_view kFrequencyText = "      FREQUENCY:";
 
-enum KeyChar : unsigned char { kNone, kCapitalN, kStar, kCapitalU, kParen, kCapitalQ };
+constexpr KeyChars kKeys("N*U(Q");
+enum KeyChar : int { kCapitalN = 1, kStar, kCapitalU, kParen, kCapitalQ };
 
-constexpr std::array<unsigned char, 256> MakeKeyTable() {
-  std::array<unsigned char, 256> t{};
-  t[static_cast<unsigned char>('N')] = kCapitalN;
-  t[static_cast<unsigned char>('*')] = kStar;
-  t[static_cast<unsigned char>('U')] = kCapitalU;
-  t[static_cast<unsigned char>('(')] = kParen;
-  t[static_cast<unsigned char>('Q')] = kCapitalQ;
-  return t;
-}
-constexpr std::array<unsigned char, 256> kKey = MakeKeyTable();
-
-// Whether `anchor` stands in `line` with its character `at` at position p.
-bool Around(std::string_view line, size_t p, std::string_view anchor, size_t at) {
-  return p >= at && p - at + anchor.size() <= line.size() && line.compare(p - at, anchor.size(), anchor) == 0;
-}
-
-inline void AnchorsAt(std::string_view line, size_t p, unsigned& hits) {
-  switch (kKey[static_cast<unsigned char>(line[p])]) {
-    case kNone:
-      break;
+inline void AnchorsAt(std::string_view line, size_t p, int key, unsigned& hits) {
+  switch (key) {
     case kCapitalN:
       if (Around(line, p, "NSERCH", 0)) hits |= kNserch;
       break;
@@ -122,41 +92,9 @@ inline void AnchorsAt(std::string_view line, size_t p, unsigned& hits) {
   }
 }
 
-#if defined(__GNUC__) || defined(__clang__)
-// Sixteen characters at a time: most chunks hold no key character at all.
-using Chunk = unsigned char __attribute__((vector_size(16)));
-
-inline Chunk Splat(unsigned char c) {
-  Chunk v;
-  for (int i = 0; i < 16; ++i) v[i] = c;
-  return v;
-}
-
-inline bool HoldsKey(const char* d) {
-  Chunk v;
-  std::memcpy(&v, d, sizeof v);
-  Chunk m = (v == Splat('N')) | (v == Splat('*')) | (v == Splat('U')) | (v == Splat('(')) | (v == Splat('Q'));
-  std::uint64_t lo, hi;
-  std::memcpy(&lo, &m, 8);
-  std::memcpy(&hi, reinterpret_cast<const char*>(&m) + 8, 8);
-  return (lo | hi) != 0;
-}
-#else
-inline bool HoldsKey(const char* d) {
-  for (int i = 0; i < 16; ++i)
-    if (kKey[static_cast<unsigned char>(d[i])] != kNone) return true;
-  return false;
-}
-#endif
-
 unsigned FindAnchors(std::string_view line) {
   unsigned hits = 0;
-  const size_t n = line.size();
-  size_t p = 0;
-  for (; p + 16 <= n; p += 16)
-    if (HoldsKey(line.data() + p))
-      for (size_t k = p; k < p + 16; ++k) AnchorsAt(line, k, hits);
-  for (; p < n; ++p) AnchorsAt(line, p, hits);
+  ForEachKey(line, kKeys, [&](size_t p, int key) { AnchorsAt(line, p, key, hits); });
   return hits;
 }
 
@@ -177,11 +115,11 @@ struct GamessReader {
 
   // A fixed-column real; a field that can not be read stops the run.
   double Real(std::string_view line, int first, int w, int decimals, const char* field) {
-    if (auto v = ParseFortranReal(Cols(line, first, w), decimals)) return *v;
+    if (auto v = ParseFortranReal(Columns(line, first, w), decimals)) return *v;
     return ReadFixedReal(line, first, w, decimals, PlaceIn(in, field));
   }
   long long Int(std::string_view line, int first, int w, const char* field) {
-    if (auto v = ParseFortranInt(Cols(line, first, w))) return *v;
+    if (auto v = ParseFortranInt(Columns(line, first, w))) return *v;
     return ReadFixedInt(line, first, w, PlaceIn(in, field));
   }
 
@@ -259,7 +197,7 @@ struct GamessReader {
     }
     while (in.Next(line)) {
       s.log.Line(TrimRight(line));
-      if (Contains(line, "-----") || Contains(line, ".....") || AllBlank(Cols(line, 1, 5))) break;
+      if (Contains(line, "-----") || Contains(line, ".....") || Trim(Columns(line, 1, 5)).empty()) break;
       const int z = NuclearNumber(line);
       Vec3 r;
       for (int k = 0; k < 3; ++k)
@@ -284,7 +222,7 @@ struct GamessReader {
     // Only the heading and the line under it are echoed, not the rows.
     const int current = s.iCyc;
     while (in.Next(line)) {
-      if (AllBlank(line)) break;
+      if (Trim(line).empty()) break;
       const int z = NuclearNumber(line);
       Vec3 r;
       for (int k = 0; k < 3; ++k) r[k] = Real(line, 19 + 20 * k, 15, 10, "coordinate");
@@ -325,7 +263,7 @@ struct GamessReader {
     const size_t n = static_cast<size_t>(s.nAtoms);
     for (int k = 0; k < cols; ++k) {
       double f = Real(freqLine, 21 + 12 * k, 10, 2, "frequency");
-      if (Cols(freqLine, 31 + 12 * k, 2) == " I") f = -f;  // imaginary
+      if (Columns(freqLine, 31 + 12 * k, 2) == " I") f = -f;  // imaginary
       modes[static_cast<size_t>(first + k)].freq = f;
     }
     // PC GAMESS 4-6 print the IR intensities alone, PC GAMESS 7 the reduced
@@ -333,8 +271,8 @@ struct GamessReader {
     std::string_view line;
     for (;;) {
       if (!in.Next(line)) return false;
-      if (AllBlank(line)) break;
-      std::string_view label = Cols(line, 1, 20);
+      if (Trim(line).empty()) break;
+      std::string_view label = Columns(line, 1, 20);
       if (label.find(':') == std::string_view::npos) return false;  // not a mode block after all
       double VibMode::*field = nullptr;
       double factor = 1.0;

@@ -19,6 +19,7 @@
 #include "analysis/inertia.h"
 #include "numeric/fortran_io.h"
 #include "numeric/jacobi.h"
+#include "readers/anchor_scan.h"
 #include "readers/elements.h"
 #include "readers/readers.h"
 
@@ -28,18 +29,6 @@ namespace {
 
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
-// Columns first..first+width-1 (1-based); what lies beyond the line reads blank.
-std::string_view Cols(std::string_view line, int first, int width) {
-  size_t b = static_cast<size_t>(first - 1);
-  if (b >= line.size()) return {};
-  return line.substr(b, static_cast<size_t>(width));
-}
-
-bool AllBlank(std::string_view s) {
-  for (char c : s)
-    if (!IsBlank(c)) return false;
-  return true;
-}
 
 // Anchors of the line dispatch. Each one holds a key character (":", "=",
 // "F", "*" or "b"); the line is scanned once for these, and at each one the
@@ -59,29 +48,13 @@ enum Anchor : unsigned {
   kFreeEnergy = 1u << 9,     // " Free Energy="
 };
 
-enum KeyChar : unsigned char { kNone, kColon, kEqual, kCapitalF, kStar, kSmallB };
+constexpr KeyChars kKeys(":=F*b");
+enum KeyChar : int { kColon = 1, kEqual, kCapitalF, kStar, kSmallB };
 
-constexpr std::array<unsigned char, 256> MakeKeyTable() {
-  std::array<unsigned char, 256> t{};
-  t[static_cast<unsigned char>(':')] = kColon;
-  t[static_cast<unsigned char>('=')] = kEqual;
-  t[static_cast<unsigned char>('F')] = kCapitalF;
-  t[static_cast<unsigned char>('*')] = kStar;
-  t[static_cast<unsigned char>('b')] = kSmallB;
-  return t;
-}
-constexpr std::array<unsigned char, 256> kKey = MakeKeyTable();
-
-// Whether `anchor` stands in `line` with its character `at` at position p.
-bool Around(std::string_view line, size_t p, std::string_view anchor, size_t at) {
-  return p >= at && p - at + anchor.size() <= line.size() && line.compare(p - at, anchor.size(), anchor) == 0;
-}
 
 // The anchors around the character at position p, added to `hits`.
-inline void AnchorsAt(std::string_view line, size_t p, std::string_view heading, unsigned& hits) {
-  switch (kKey[static_cast<unsigned char>(line[p])]) {
-    case kNone:
-      break;
+inline void AnchorsAt(std::string_view line, size_t p, int key, std::string_view heading, unsigned& hits) {
+  switch (key) {
     case kColon:
       if (Around(line, p, heading, heading.size() - 1)) hits |= kHeading;
       if (Around(line, p, "SCF Done:", 8)) hits |= kScfDone;
@@ -105,42 +78,10 @@ inline void AnchorsAt(std::string_view line, size_t p, std::string_view heading,
   }
 }
 
-#if defined(__GNUC__) || defined(__clang__)
-// Sixteen characters at a time: most chunks hold no key character at all.
-using Chunk = unsigned char __attribute__((vector_size(16)));
-
-inline Chunk Splat(unsigned char c) {
-  Chunk v;
-  for (int i = 0; i < 16; ++i) v[i] = c;
-  return v;
-}
-
-inline bool HoldsKey(const char* d) {
-  Chunk v;
-  std::memcpy(&v, d, sizeof v);
-  Chunk m = (v == Splat(':')) | (v == Splat('=')) | (v == Splat('F')) | (v == Splat('*')) | (v == Splat('b'));
-  std::uint64_t lo, hi;
-  std::memcpy(&lo, &m, 8);
-  std::memcpy(&hi, reinterpret_cast<const char*>(&m) + 8, 8);
-  return (lo | hi) != 0;
-}
-#else
-inline bool HoldsKey(const char* d) {
-  for (int i = 0; i < 16; ++i)
-    if (kKey[static_cast<unsigned char>(d[i])] != kNone) return true;
-  return false;
-}
-#endif
-
 // The anchors that stand in the line; `heading` ends in ":".
 unsigned FindAnchors(std::string_view line, std::string_view heading) {
   unsigned hits = 0;
-  const size_t n = line.size();
-  size_t p = 0;
-  for (; p + 16 <= n; p += 16)
-    if (HoldsKey(line.data() + p))
-      for (size_t k = p; k < p + 16; ++k) AnchorsAt(line, k, heading, hits);
-  for (; p < n; ++p) AnchorsAt(line, p, heading, hits);
+  ForEachKey(line, kKeys, [&](size_t p, int key) { AnchorsAt(line, p, key, heading, hits); });
   return hits;
 }
 
@@ -205,11 +146,11 @@ struct GaussianReader {
 
   // A fixed-column real; a field that can not be read stops the run.
   double Real(std::string_view line, int first, int width, int decimals, const char* field) {
-    if (auto v = ParseFortranReal(Cols(line, first, width), decimals)) return *v;
+    if (auto v = ParseFortranReal(Columns(line, first, width), decimals)) return *v;
     return ReadFixedReal(line, first, width, decimals, PlaceIn(in, field));
   }
   long long Int(std::string_view line, int first, int width, const char* field) {
-    if (auto v = ParseFortranInt(Cols(line, first, width))) return *v;
+    if (auto v = ParseFortranInt(Columns(line, first, width))) return *v;
     return ReadFixedInt(line, first, width, PlaceIn(in, field));
   }
   // A real in a field of a mode row. Later revisions of Gaussian 09 and
@@ -277,7 +218,7 @@ struct GaussianReader {
   void Mass(std::string_view line) {
     // Asterisks are looked for in columns 39-48, and also in the mass field
     // itself, which Gaussian 09 prints three columns further right.
-    if (Cols(line, 39, 10) == "**********" || Contains(Cols(line, massCol, 10), "*") || Contains(line, "NaN")) {
+    if (Columns(line, 39, 10) == "**********" || Contains(Columns(line, massCol, 10), "*") || Contains(line, "NaN")) {
       massCount = -1;
       s.inputMass.clear();  // the table gives every mass
       return;
@@ -302,7 +243,7 @@ struct GaussianReader {
     }
     while (in.Next(line)) {
       s.log.Line(TrimRight(line));
-      if (Contains(line, "-----") || Contains(line, ".....") || AllBlank(Cols(line, 1, 15))) break;
+      if (Contains(line, "-----") || Contains(line, ".....") || Trim(Columns(line, 1, 15)).empty()) break;
       int z = static_cast<int>(Int(line, zCol, 2, "nuclear number"));
       if (z == -1) z = 99;  // a dummy atom
       Vec3 r;

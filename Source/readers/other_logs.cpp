@@ -25,12 +25,6 @@ constexpr double kBohrPerAngstrom = constants::AngstromToBohr;
 
 bool IsBlank(std::string_view line) { return Trim(line).empty(); }
 
-std::string_view Columns(std::string_view line, int first, int width) {
-  size_t from = static_cast<size_t>(first - 1);
-  if (from >= line.size()) return {};
-  return line.substr(from, static_cast<size_t>(width));
-}
-
 void NameAtom(Session& s, std::string_view name) {
   size_t k = static_cast<size_t>(s.nAtoms - 1);
   if (s.atomName.size() <= k) s.atomName.resize(k + 1);

@@ -5,6 +5,8 @@
 #include <ostream>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "analysis/inertia.h"
 #include "analysis/symmetry.h"
 #include "numeric/fortran_io.h"
@@ -50,7 +52,7 @@ std::string Stoichiometry(const Session& s) {
     std::string symbol;
     for (char c : ElementSymbol(z))
       if (c != ' ') symbol.push_back(c);
-    if (symbol.empty()) symbol = "Z" + std::to_string(z);
+    if (symbol.empty()) symbol = fmt::format("Z{}", z);  // a charge without a symbol of its own
     parts.emplace_back(symbol, s.elementCount[z]);
   }
   auto rank = [](const std::string& symbol) { return symbol == "C" ? 0 : symbol == "H" ? 1 : 2; };
