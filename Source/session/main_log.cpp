@@ -20,7 +20,7 @@ void MainLog::Text(std::string_view text) {
     pending_ += text;
     return;
   }
-  std::fwrite(text.data(), 1, text.size(), file_);
+  if (!text.empty()) std::fwrite(text.data(), 1, text.size(), file_);
   lineOpen_ = true;
 }
 
@@ -30,7 +30,7 @@ void MainLog::Line(std::string_view text) {
     pending_ += '\n';
     return;
   }
-  std::fwrite(text.data(), 1, text.size(), file_);
+  if (!text.empty()) std::fwrite(text.data(), 1, text.size(), file_);
   std::fputc('\n', file_);
   lineOpen_ = false;
 }
