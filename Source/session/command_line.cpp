@@ -116,7 +116,8 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     case Opt::ORIENT: {
       o.orient = true;
       if (Trim(value).empty()) break;
-      auto words = FreeFormItems(Replace(std::string(value), "-:", ' '));
+      const std::string list = Replace(std::string(value), "-:", ' ');
+      auto words = FreeFormItems(list);
       for (size_t k = 0; k < words.size() && k < 3; ++k) r.Int(words[k], o.orientAtoms[k]);
       break;
     }
