@@ -161,3 +161,18 @@ TEST(BadInput, MoreAtomsThanTheLimit) {
   xyz.resize(xyz.rfind("C "));
   EXPECT_EQ(RunChecked({dir.Write("limit.xyz", xyz), "/X", "/0"}).status, 0);
 }
+
+TEST(BadInput, NoWrittenFileCanBeTheInput) {
+  // An input whose name is that of a file the run writes: the written file
+  // gets a "1" behind its name.
+  TempDir dir;
+  std::string log = ReadFile(std::string(QUINTOR_TEST_INPUTS) + "/../../examples/ethanol_xtb.out");
+  for (const char* name : {"mol.tdo", "mol.mou", "mol.mco", "mol.pun"}) {
+    std::string input = dir.Write(name, log);
+    dir.Write(fs::path(name).replace_extension(".tdi").string(), "TT=300\n");
+    ExeResult r = RunChecked({input, "/0"});
+    EXPECT_EQ(r.status, 0) << name << r.output;
+    if (std::string(name) == "mol.tdo") EXPECT_TRUE(fs::exists(dir.File("mol.tdo1")));
+    if (std::string(name) == "mol.mou") EXPECT_TRUE(fs::exists(dir.File("mol.mou1")));
+  }
+}
