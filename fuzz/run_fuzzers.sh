@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang and runs each for SECONDS.
-#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass spec_file config_file zmatrix command_line)
+#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line)
 # Corpora and crash artifacts stay in build-fuzz/ (not in the repository); an
 # input that found a fault belongs, minimised, in tests/fuzz_regressions/<target>/.
 set -euo pipefail
@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:?usage: fuzz/run_fuzzers.sh SECONDS [target ...]}
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(read_pass spec_file config_file zmatrix command_line)
+[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line)
 shared=../shared/testdata
 
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DQUINTOR_FUZZ=ON -DQUINTOR_TESTS=OFF \
@@ -44,7 +44,7 @@ make_corpus() {
       seed "$dir" 4 examples/ethanol_xtb.out ;;
     zmatrix) for f in tests/inputs/*.gzmat; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
     config_file) cp data/Quintor.cfg "$dir/"; for f in tests/inputs/*.cfg; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
-    spec_file)
+    tdi_file)
       printf 'TT=300 PP=101325\nSCALE=0.96\nZERO=(1,2,3,4,5,6)\nVIBR=7 ROT=3 GROUP=(1,2) AXIS=(1,3) V0=2.9 KCAL\nVIBR=8 READP KJ\n0 0\n60 1\n\nEXCLUDEATOMS\n2\n\nNEWAMASS\n16\n2\n2\n' >"$dir/example.tdi"
       printf 'GENCOORD GENCOORDANGLE=30\nALLPOSITIVE RECALCFREQ ROTN=2 PATTERN=x\n' >"$dir/flags.tdi" ;;
     command_line)

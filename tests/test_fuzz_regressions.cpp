@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 TEST(FuzzRegressions, EveryKeptInputRunsCleanly) {
   const std::map<std::string, std::function<void(const uint8_t*, size_t)>> targets = {
-      {"read_pass", fuzz::FuzzReadPass},   {"spec_file", fuzz::FuzzSpecFile},
+      {"read_pass", fuzz::FuzzReadPass},   {"tdi_file", fuzz::FuzzSpecFile},
       {"config_file", fuzz::FuzzConfigFile}, {"zmatrix", fuzz::FuzzZMatrix},
       {"command_line", fuzz::FuzzCommandLine}};
   const fs::path root = fs::path(QUINTOR_TEST_INPUTS).parent_path() / "fuzz_regressions";

@@ -30,7 +30,7 @@
 #include "numeric/fortran_io.h"
 #include "readers/anchor_scan.h"
 #include "readers/readers.h"
-#include "session/spec_file.h"
+#include "session/tdi_file.h"
 
 namespace quintor {
 

@@ -14,7 +14,7 @@
 #include "session/config_file.h"
 #include "session/file_names.h"
 #include "session/report.h"
-#include "session/spec_file.h"
+#include "session/tdi_file.h"
 #include "viewer/view_model.h"
 
 namespace quintor {

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "numeric/fortran_io.h"
-#include "session/spec_file.h"
+#include "session/tdi_file.h"
 #include "test_support.h"
 
 using namespace quintor;

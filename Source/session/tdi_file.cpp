@@ -1,4 +1,4 @@
-#include "session/spec_file.h"
+#include "session/tdi_file.h"
 
 #include <cmath>
 #include <ostream>
