@@ -176,3 +176,14 @@ TEST(BadInput, NoWrittenFileCanBeTheInput) {
     if (std::string(name) == "mol.mou") EXPECT_TRUE(fs::exists(dir.File("mol.mou1")));
   }
 }
+
+TEST(BadInput, AnEigenproblemThatDoesNotConvergeEndsTheRun) {
+  // Found by fuzzing: a log of the earlier program whose geometry makes the
+  // inertia tensor diverge. The run ends with the message, not a crash.
+  TempDir dir;
+  std::string bytes = ReadFile(fs::path(QUINTOR_TEST_INPUTS).parent_path() / "fuzz_regressions/read_pass/jacobi_does_not_converge");
+  ExeResult r = RunChecked({dir.Write("k.log", bytes.substr(1)), "/0", "/A"});
+  EXPECT_EQ(r.status, 6);
+  EXPECT_TRUE(Has(r, " too many iterations in jacobi")) << r.output;
+  EXPECT_NE(ReadFile(dir.File("k.mou")).find(" too many iterations in jacobi"), std::string::npos);
+}

@@ -10,7 +10,6 @@
 #include "analysis/inertia.h"
 #include "analysis/symmetry.h"
 #include "numeric/fortran_io.h"
-#include "numeric/jacobi.h"
 #include "readers/elements.h"
 
 namespace quintor {
@@ -80,26 +79,24 @@ void OrientAllSets(Session& s) {
 }
 
 void PostReadReport(Session& s) {
-  s.nImag = static_cast<int>(std::count_if(s.modes.begin(), s.modes.end(), [](const VibMode& m) { return m.freq < 0.0; }));
-  SymmetryAnalysis symmetry;
-  try {
-    const InertiaAnalysis inertia = AnalyseInertia(s.xyz, s.atomMass);
-    s.log.Line();
-    WriteLines(s, InertiaReportLines(inertia, s.atomName, s.atomicNumber, s.xyz));
-    s.xyz = inertia.centred;
+  s.nImag = static_cast<int>(
+      std::count_if(s.modes.begin(), s.modes.end(), [](const VibMode& m) { return m.freq < 0.0; }));
+  // A tensor that does not converge ends the run ("too many iterations in jacobi").
+  const InertiaAnalysis inertia = AnalyseInertia(s.xyz, s.atomMass);
+  s.log.Line();
+  WriteLines(s, InertiaReportLines(inertia, s.atomName, s.atomicNumber, s.xyz));
+  s.xyz = inertia.centred;
 
-    symmetry = AnalyseSymmetry(s.atomicNumber, s.atomMass, s.xyz, s.opt.symEps, s.opt.noSymmetry);
-    // Under /0 nothing waits for a key: the texts only go to the screen.
-    for (const std::string& line : symmetry.consoleLines) s.Console() << line << "\n";
-    const RotationNumberChoice rotation = ChooseRotationNumber(
-        symmetry.off ? 1 : symmetry.RotationNumber(), s.opt.rotationNumberByUser, s.opt.rotationNumber);
-    s.opt.rotationNumber = rotation.value;
-    s.opt.symEps = symmetry.symEpsAfter;
-    s.log.Line();
-    WriteLines(s, SymmetryReportLines(symmetry, rotation));
-  } catch (const JacobiFailure& e) {
-    s.log.Line(std::string(" ") + e.what());
-  }
+  const SymmetryAnalysis symmetry =
+      AnalyseSymmetry(s.atomicNumber, s.atomMass, s.xyz, s.opt.symEps, s.opt.noSymmetry);
+  // Under /0 nothing waits for a key: the texts only go to the screen.
+  for (const std::string& line : symmetry.consoleLines) s.Console() << line << "\n";
+  const RotationNumberChoice rotation = ChooseRotationNumber(
+      symmetry.off ? 1 : symmetry.RotationNumber(), s.opt.rotationNumberByUser, s.opt.rotationNumber);
+  s.opt.rotationNumber = rotation.value;
+  s.opt.symEps = symmetry.symEpsAfter;
+  s.log.Line();
+  WriteLines(s, SymmetryReportLines(symmetry, rotation));
   ParametersInEffect(s, symmetry);
 }
 

@@ -8,6 +8,7 @@
 #include <ostream>
 
 #include "numeric/fortran_io.h"
+#include "numeric/jacobi.h"
 #include "readers/line_reader.h"
 #include "readers/read_pass.h"
 #include "session/command_line.h"
@@ -172,6 +173,14 @@ int Stop(Session& s, int status) {
   return status;
 }
 
+// A stop with its message on the screen and at the end of the MainLog.
+int StopWithMessage(Session& s, const std::string& message, int status) {
+  s.Console() << message << "\n";
+  s.log.EndLine();
+  s.log.Line(message);
+  return Stop(s, status);
+}
+
 }  // namespace
 
 int RunQuintor(Session& s, const std::vector<std::string>& args) {
@@ -195,15 +204,15 @@ int RunQuintor(Session& s, const std::vector<std::string>& args) {
     s.view = StartingView(s.opt);  // under /0 the view is never touched
     return EndRun(s);
   } catch (const FatalReadError& e) {
-    s.Console() << e.what() << "\n";
-    s.log.EndLine();
-    s.log.Line(e.what());
-    return Stop(s, exit_status::ReadError);
+    return StopWithMessage(s, e.what(), exit_status::ReadError);
   } catch (const RunStop& stop) {
     return Stop(s, stop.status);
+  } catch (const JacobiFailure& e) {
+    return StopWithMessage(s, std::string(" ") + e.what(), exit_status::Numeric);
   } catch (const std::bad_alloc&) {
-    s.Console() << " FATAL ERROR: not enough memory\n";
-    return Stop(s, exit_status::Limit);
+    return StopWithMessage(s, " FATAL ERROR: not enough memory", exit_status::Limit);
+  } catch (const std::exception& e) {
+    return StopWithMessage(s, std::string(" FATAL ERROR: ") + e.what(), exit_status::Numeric);
   }
 }
 

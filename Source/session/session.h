@@ -235,6 +235,7 @@ inline constexpr int Limit = 2;          // too many cycles or atoms
 inline constexpr int NoInput = 3;        // the input file is missing or can not be read
 inline constexpr int NoCoordinates = 4;  // no coordinates, and the user chose to exit
 inline constexpr int CanNotWrite = 5;    // the MainLog can not be created
+inline constexpr int Numeric = 6;        // a computation failed ("too many iterations in jacobi")
 }  // namespace exit_status
 
 }  // namespace quintor
