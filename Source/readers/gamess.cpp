@@ -30,7 +30,6 @@
 #include "numeric/fortran_io.h"
 #include "readers/anchor_scan.h"
 #include "readers/readers.h"
-#include "session/tdi_file.h"
 
 namespace quintor {
 

@@ -21,6 +21,10 @@ const CoordSet& Session::Set(int i) const {
   return k < sets_.size() ? sets_[k] : empty;
 }
 
+void StatusMessage(const Session& s, std::string_view text) {
+  if (!s.opt.noGraphics) s.Console() << text << "\n";
+}
+
 double LengthFactor(int lengthUnit) {
   switch (lengthUnit) {
     case 1: return 1.0;

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "session/config_file.h"
@@ -213,6 +214,10 @@ struct Session {
  private:
   std::vector<CoordSet> sets_;        // sets_[i + 1] is set i
 };
+
+// A line for the StatusWindow; there is none under /0, and no window yet in
+// this build, so the text goes to the console unless the run is in batch mode.
+void StatusMessage(const Session& s, std::string_view text);
 
 // Multiplies a length in the input unit by this to get bohr.
 double LengthFactor(int lengthUnit);

@@ -152,10 +152,6 @@ struct SpecReader {
 
 }  // namespace
 
-void StatusMessage(Session& s, std::string_view text) {
-  if (!s.opt.noGraphics) s.Console() << text << "\n";
-}
-
 void ReadSpecFile(Session& s, LineReader& in) {
   s.rotors.clear();
   SpecReader reader{s, in};

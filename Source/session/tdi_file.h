@@ -12,8 +12,4 @@ namespace quintor {
 // or the end of the file inside a READP table, throws FatalReadError.
 void ReadSpecFile(Session& s, LineReader& in);
 
-// A line for the StatusWindow; there is none under /0, and no window yet in
-// this build, so the text goes to the console unless the run is in batch mode.
-void StatusMessage(Session& s, std::string_view text);
-
 }  // namespace quintor
