@@ -112,14 +112,12 @@ struct GamessReader {
 
   bool NoEnergies() const { return s.opt.noEnergies || !s.opt.readEnergies; }
 
-  // A fixed-column real; a field that can not be read stops the run.
+  // Fixed-column fields of the current line; one that can not be read stops the run.
   double Real(std::string_view line, int first, int w, int decimals, const char* field) {
-    if (auto v = ParseFortranReal(Columns(line, first, w), decimals)) return *v;
-    return ReadFixedReal(line, first, w, decimals, PlaceIn(in, field));
+    return FieldReal(in, line, first, w, decimals, field);
   }
   long long Int(std::string_view line, int first, int w, const char* field) {
-    if (auto v = ParseFortranInt(Columns(line, first, w))) return *v;
-    return ReadFixedInt(line, first, w, PlaceIn(in, field));
+    return FieldInt(in, line, first, w, field);
   }
 
   void operator()(std::string_view line) {

@@ -144,14 +144,12 @@ struct GaussianReader {
 
   bool NoEnergies() const { return s.opt.noEnergies || !s.opt.readEnergies; }
 
-  // A fixed-column real; a field that can not be read stops the run.
+  // Fixed-column fields of the current line; one that can not be read stops the run.
   double Real(std::string_view line, int first, int width, int decimals, const char* field) {
-    if (auto v = ParseFortranReal(Columns(line, first, width), decimals)) return *v;
-    return ReadFixedReal(line, first, width, decimals, PlaceIn(in, field));
+    return FieldReal(in, line, first, width, decimals, field);
   }
   long long Int(std::string_view line, int first, int width, const char* field) {
-    if (auto v = ParseFortranInt(Columns(line, first, width))) return *v;
-    return ReadFixedInt(line, first, width, PlaceIn(in, field));
+    return FieldInt(in, line, first, width, field);
   }
   // A real in a field of a mode row. Later revisions of Gaussian 09 and
   // Gaussian 16 print these rows one column further right, so a number that

@@ -40,6 +40,13 @@ void AddAtom(Session& s, int z, const Vec3& bohr);
 // Place of a field in the current line of the input, for fatal read errors.
 FieldPlace PlaceIn(const LineReader& in, std::string field);
 
+// A fixed-column field of the current line (Fortran semantics). The place of
+// the field is made only when the text can not be read, so that the per-line
+// work of a reader allocates nothing; then FatalReadError is thrown.
+double FieldReal(const LineReader& in, std::string_view line, int first, int width, int decimals,
+                 const char* field);
+long long FieldInt(const LineReader& in, std::string_view line, int first, int width, const char* field);
+
 // Runs the read pass and the finishing stage on the open input.
 void ReadPass(Session& s, LineReader& in);
 // The finishing stage alone (also after "N" at the no-coordinates question).
