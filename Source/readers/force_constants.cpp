@@ -69,7 +69,7 @@ bool ReadPunchHessian(const std::string& path, int dim, Hessian& out) {
     for (int j = 0; j < dim; j += 5) {
       std::string_view line = NextRequired(in, "Hessian element");
       for (int k = 0; k < 5 && j + k < dim; ++k)
-        out.At(i, j + k) = ReadFixedReal(line, 6 + 15 * k, 15, 8, PlaceIn(in, "Hessian element"));
+        out.At(i, j + k) = FieldReal(in, line, 6 + 15 * k, 15, 8, "Hessian element");
     }
   }
   return true;
@@ -88,7 +88,7 @@ bool ReadFchHessian(const std::string& path, int dim, Hessian& out) {
         line = NextRequired(in, "Cartesian force constant");
         onLine = 0;
       }
-      double v = ReadFixedReal(line, 1 + 16 * onLine, 16, 8, PlaceIn(in, "Cartesian force constant"));
+      double v = FieldReal(in, line, 1 + 16 * onLine, 16, 8, "Cartesian force constant");
       ++onLine;
       out.At(i, j) = v;
       out.At(j, i) = v;

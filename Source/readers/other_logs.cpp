@@ -38,11 +38,11 @@ void NameAtom(Session& s, std::string_view name) {
 bool ReadChargeRow(Session& s, const LineReader& in, std::string_view line, int first) {
   std::string_view name = Columns(line, first, 12);
   if (Trim(name).empty()) return false;
-  double charge = ReadFixedReal(line, first + 12, 4, 1, PlaceIn(in, "nuclear charge"));
+  double charge = FieldReal(in, line, first + 12, 4, 1, "nuclear charge");
   Vec3 r;
   static constexpr const char* kAxis[3] = {"X coordinate", "Y coordinate", "Z coordinate"};
   for (int k = 0; k < 3; ++k)
-    r[k] = ReadFixedReal(line, first + 16 + 15 * k, 15, 10, PlaceIn(in, kAxis[k])) * kBohrPerAngstrom;
+    r[k] = FieldReal(in, line, first + 16 + 15 * k, 15, 10, kAxis[k]) * kBohrPerAngstrom;
   AddAtom(s, static_cast<int>(std::lround(charge)), r);
   NameAtom(s, Trim(name));
   return true;
@@ -92,7 +92,7 @@ void ReadOwnLog(Session& s, LineReader& in) {
     if (IsBlank(line)) continue;
     if (Contains(line, "Spin multiplicity")) {
       if (s.opt.multiplicity == -1)
-        s.opt.multiplicity = static_cast<int>(ReadFixedInt(line, 33, 2, PlaceIn(in, "spin multiplicity")));
+        s.opt.multiplicity = static_cast<int>(FieldInt(in, line, 33, 2, "spin multiplicity"));
       continue;
     }
     if (Contains(line, " NSEARCH =")) {
@@ -119,11 +119,11 @@ void ReadOwnLog(Session& s, LineReader& in) {
       while (in.Next(line)) {
         if (Contains(line, "----")) break;
         std::string_view name = Columns(line, 2, 7);
-        int z = static_cast<int>(ReadFixedInt(line, 9, 2, PlaceIn(in, "nuclear number")));
+        int z = static_cast<int>(FieldInt(in, line, 9, 2, "nuclear number"));
         Vec3 r;
         static constexpr const char* kAxis[3] = {"X coordinate", "Y coordinate", "Z coordinate"};
         for (int k = 0; k < 3; ++k)
-          r[k] = ReadFixedReal(line, 12 + 12 * k, 12, 6, PlaceIn(in, kAxis[k])) * kBohrPerAngstrom;
+          r[k] = FieldReal(in, line, 12 + 12 * k, 12, 6, kAxis[k]) * kBohrPerAngstrom;
         AddAtom(s, z, r);
         NameAtom(s, Trim(name));
       }
@@ -171,21 +171,21 @@ class PrirodaReader {
   void Dispatch(std::string_view line) {
     if (line.empty()) return;
     if (Contains(line, "| Spin multiplicity")) {
-      s.opt.multiplicity = static_cast<int>(ReadFixedInt(line, 38, 4, PlaceIn(in, "spin multiplicity")));
+      s.opt.multiplicity = static_cast<int>(FieldInt(in, line, 38, 4, "spin multiplicity"));
     } else if (Contains(line, "Atomic Coordinates:")) {
       Coordinates();
     } else if (Contains(line, "Geometry Optimization Step 0")) {
       // the first step's heading stands before any energy
     } else if (Contains(line, "Geometry Optimization Step")) {
       std::string_view next;
-      if (Next(next)) s.Set(s.iCyc).energy = ReadFixedReal(next, 16, 16, 8, PlaceIn(in, "energy"));
+      if (Next(next)) s.Set(s.iCyc).energy = FieldReal(in, next, 16, 16, 8, "energy");
     } else if (Contains(line, "max. gradient     =")) {
-      s.Set(s.iCyc).gmax = ReadFixedReal(line, 43, 10, 7, PlaceIn(in, "max. gradient"));
+      s.Set(s.iCyc).gmax = FieldReal(in, line, 43, 10, 7, "max. gradient");
     } else if (Contains(line, "max. displacement =")) {
-      s.Set(s.iCyc).grms = ReadFixedReal(line, 43, 10, 7, PlaceIn(in, "max. displacement"));
+      s.Set(s.iCyc).grms = FieldReal(in, line, 43, 10, 7, "max. displacement");
     } else if (Contains(line, "eng>$Energy")) {
       std::string_view next;
-      if (Next(next)) s.Set(s.iCyc).energy = ReadFixedReal(next, 8, 20, 8, PlaceIn(in, "energy"));
+      if (Next(next)) s.Set(s.iCyc).energy = FieldReal(in, next, 8, 20, 8, "energy");
     } else if (Contains(line, "Atomic Masses (amu)")) {
       // Read and checked, but not kept: the finishing stage gives the table's masses.
       for (int i = 0; i < s.nAtoms; ++i) ReadFixedReal(Required("atomic mass"), 11, 12, 6, PlaceIn(in, "atomic mass"));
@@ -247,9 +247,9 @@ class PrirodaReader {
     while (Next(line)) {
       if (line.empty() || Contains(line, "*------*")) break;
       VibMode m;
-      m.freq = ReadFixedReal(line, 10, 8, 2, PlaceIn(in, "frequency"));
-      m.redMass = ReadFixedReal(line, 20, 6, 2, PlaceIn(in, "reduced mass"));
-      m.intensity = ReadFixedReal(line, 28, 9, 3, PlaceIn(in, "IR intensity"));
+      m.freq = FieldReal(in, line, 10, 8, 2, "frequency");
+      m.redMass = FieldReal(in, line, 20, 6, 2, "reduced mass");
+      m.intensity = FieldReal(in, line, 28, 9, 3, "IR intensity");
       s.modes.push_back(std::move(m));
       ++modeCount;
     }
@@ -269,7 +269,7 @@ class PrirodaReader {
         std::string_view line = Required("normal mode displacement");
         std::string echo = FmtA(line.substr(0, std::min<size_t>(7, line.size())), 7);
         for (int k = 0; k < cols; ++k) {
-          double v = ReadFixedReal(line, 8 + 10 * k, 10, 6, PlaceIn(in, "normal mode displacement"));
+          double v = FieldReal(in, line, 8 + 10 * k, 10, 6, "normal mode displacement");
           VibMode& m = s.modes[static_cast<size_t>(first + k)];
           if (m.disp.size() < static_cast<size_t>(n)) m.disp.resize(static_cast<size_t>(n), Vec3{0.0, 0.0, 0.0});
           m.disp[static_cast<size_t>(row / 3)][static_cast<size_t>(row % 3)] = v;
