@@ -131,51 +131,11 @@ void ParseDisplacements(const std::string& path, int nAtoms, Printed& p) {
   }
 }
 
-int CountLines(const std::string& text, const std::string& what) {
-  int n = 0;
-  for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-  return n;
-}
 
 // ---- Running ------------------------------------------------------------------
 
-// Runs a whole session on a copy of `log` in a fresh directory (the program
-// writes its .mou beside the input).
-struct LogRun {
-  TempDir dir;
-  Session s;
-  RunResult r;
-  std::string copy;
-  LogRun(const std::string& log, std::vector<std::string> options = {}, const std::string& keys = "") {
-    copy = dir.File(std::filesystem::path(log).filename().string());
-    std::filesystem::copy_file(log, copy);
-    std::filesystem::permissions(copy, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
-    std::vector<std::string> args{copy, "/0"};
-    args.insert(args.end(), options.begin(), options.end());
-    r = RunInProcess(s, args, keys);
-  }
-};
 
-// A session on a log given as text.
-struct TextRun {
-  TempDir dir;
-  Session s;
-  RunResult r;
-  TextRun(const std::string& text, std::vector<std::string> options = {}, const std::string& keys = "") {
-    std::string path = dir.Write("made.log", text);
-    std::vector<std::string> args{path, "/0"};
-    args.insert(args.end(), options.begin(), options.end());
-    r = RunInProcess(s, args, keys);
-  }
-};
 
-std::string Replace(std::string text, const std::string& from, const std::string& to, int nth = 1) {
-  size_t at = std::string::npos;
-  for (int k = 0; k < nth; ++k) at = text.find(from, at == std::string::npos ? 0 : at + 1);
-  EXPECT_NE(at, std::string::npos) << from;
-  if (at != std::string::npos) text.replace(at, from.size(), to);
-  return text;
-}
 
 void ExpectNear(double got, double want, const std::string& what) {
   EXPECT_NEAR(got, want, 1e-10 * std::max(1.0, std::fabs(want))) << what;
@@ -194,7 +154,7 @@ void CheckAgainstLog(const std::string& rel, const std::vector<std::string>& opt
 
   // One coordinate set per orientation block, and its Step line in the log.
   EXPECT_EQ(s.iCyc + 1, p.sets);
-  EXPECT_EQ(CountLines(run.r.log, "\n Step ="), p.sets);
+  EXPECT_EQ(CountText(run.r.log, "\n Step ="), p.sets);
   for (int i = 0; i < p.sets; ++i) {
     const std::string at = " set " + std::to_string(i);
     ExpectNear(s.Set(i).energy, p.energy[static_cast<size_t>(i)], "energy" + at);

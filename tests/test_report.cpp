@@ -124,21 +124,17 @@ TEST(Report, SingleAtom) {
 }
 
 TEST(Report, OneSetLogIsLowestForAllThreeExtremes) {
-  TempDir dir;
-  std::string copy = dir.File("h2.log");
-  fs::copy_file(TestData("gaussian98/h2_freq.log"), copy);
-  auto r = RunInProcess({copy, "/0"});
+  LogRun run(TestData("gaussian98/h2_freq.log"));
+  const RunResult& r = run.r;
   EXPECT_NE(r.log.find(" Lowest Energy:  Step    0"), std::string::npos);
   EXPECT_NE(r.log.find(" Lowest GMax  :  Step    0"), std::string::npos);
   EXPECT_NE(r.log.find(" Lowest GRms  :  Step    0"), std::string::npos);
 }
 
 TEST(Report, ParametersInEffect) {
-  TempDir dir;
-  std::string copy = dir.File("water.log");
-  fs::copy_file(TestData("gaussian16/water_opt_freq.log"), copy);
-  Session s;
-  auto r = RunInProcess(s, {copy, "/0", "/TT350", "/PP2", "/SCALE0.96", "/FX50", "/HB3"});
+  LogRun run(TestData("gaussian16/water_opt_freq.log"), {"/TT350", "/PP2", "/SCALE0.96", "/FX50", "/HB3"});
+  const Session& s = run.s;
+  const RunResult& r = run.r;
   ASSERT_EQ(r.status, 0);
   EXPECT_NE(r.log.find(" ****** PARAMETERS IN EFFECT *******\n"
                        " Temperature, K, set to  :    350.00\n"
@@ -176,11 +172,9 @@ TEST(Report, ParametersInEffect) {
 }
 
 TEST(Report, UserRotationNumberAndNoSymmetry) {
-  TempDir dir;
-  std::string copy = dir.File("water.log");
-  fs::copy_file(TestData("gaussian16/water_opt_freq.log"), copy);
-  Session s;
-  auto r = RunInProcess(s, {copy, "/0", "/ROT3"});
+  LogRun run(TestData("gaussian16/water_opt_freq.log"), {"/ROT3"});
+  const std::string& copy = run.copy;
+  const RunResult& r = run.r;
   EXPECT_NE(r.log.find(" WARNING! Rotational symmetry number determined from the\n"
                        " actual symmetry of molecule ( 2) is different from \n"
                        " the user-defined one (   3)!\n"
@@ -189,7 +183,7 @@ TEST(Report, UserRotationNumberAndNoSymmetry) {
                        " Rotational Symmetry Number:  3\n"),
             std::string::npos)
       << r.log;
-  EXPECT_EQ(s.opt.rotationNumber, 3.0);
+  EXPECT_EQ(run.s.opt.rotationNumber, 3.0);
   auto n = RunInProcess({copy, "/0", "/NOSYM"});
   EXPECT_NE(n.log.find(" WARNING! Symmetry recognition is turned off! Molecular symmetry set to C1."), std::string::npos);
   EXPECT_NE(n.log.find(" Rotational Symmetry Number:  1\n"), std::string::npos);
@@ -201,13 +195,11 @@ TEST(Report, UserRotationNumberAndNoSymmetry) {
 }
 
 TEST(Report, OrientMovesEverySetAndTheModes) {
-  TempDir dir;
-  std::string copy = dir.File("water.log");
-  fs::copy_file(TestData("gaussian16/water_opt_freq.log"), copy);
-  Session plain;
-  RunInProcess(plain, {copy, "/0"});
-  Session s;
-  auto r = RunInProcess(s, {copy, "/0", "/ORIENT2-1-3"});
+  LogRun unturned(TestData("gaussian16/water_opt_freq.log"));
+  const Session& plain = unturned.s;
+  LogRun run(TestData("gaussian16/water_opt_freq.log"), {"/ORIENT2-1-3"});
+  const Session& s = run.s;
+  const RunResult& r = run.r;
   ASSERT_EQ(r.status, 0);
   EXPECT_NE(r.log.find(" The read-in structures  will be re-oriented.  Reference atoms: "), std::string::npos);
   // Atom 2 at the origin, atom 1 on +X, atom 3 in the XY plane, in every set.

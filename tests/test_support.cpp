@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <cstdio>
 #include <fstream>
@@ -94,6 +96,56 @@ ExeResult RunExe(const std::vector<std::string>& args, const std::string& stdinT
   r.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : -1;
   r.output = ReadFile(out);
   return r;
+}
+
+int CountText(const std::string& text, const std::string& what) {
+  int n = 0;
+  for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+  return n;
+}
+
+std::string Replace(std::string text, const std::string& from, const std::string& to, int nth) {
+  size_t at = std::string::npos;
+  for (int k = 0; k < nth; ++k) at = text.find(from, at == std::string::npos ? 0 : at + 1);
+  EXPECT_NE(at, std::string::npos) << from;
+  if (at != std::string::npos) text.replace(at, from.size(), to);
+  return text;
+}
+
+namespace {
+RunResult RunOn(Session& s, const std::string& path, const std::vector<std::string>& options,
+                void (*prepare)(Session&), const std::string& keys) {
+  std::vector<std::string> args{path, "/0"};
+  args.insert(args.end(), options.begin(), options.end());
+  if (prepare) prepare(s);
+  return RunInProcess(s, args, keys);
+}
+
+std::string CopyWritable(const TempDir& dir, const std::string& log) {
+  std::string copy = dir.File(std::filesystem::path(log).filename().string());
+  std::filesystem::copy_file(log, copy);
+  std::filesystem::permissions(copy, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
+  return copy;
+}
+}  // namespace
+
+LogRun::LogRun(const std::string& log, std::vector<std::string> options, const std::string& keys)
+    : copy(CopyWritable(dir, log)) {
+  r = RunOn(s, copy, options, nullptr, keys);
+}
+
+LogRun::LogRun(const std::string& log, std::vector<std::string> options, void (*prepare)(Session&))
+    : copy(CopyWritable(dir, log)) {
+  r = RunOn(s, copy, options, prepare, "");
+}
+
+TextRun::TextRun(const std::string& text, std::vector<std::string> options, const std::string& keys) {
+  r = RunOn(s, dir.Write("made.log", text), options, nullptr, keys);
+}
+
+TextRun::TextRun(const std::string& text, std::vector<std::string> options, void (*prepare)(Session&),
+                 const std::string& keys) {
+  r = RunOn(s, dir.Write("made.log", text), options, prepare, keys);
 }
 
 }  // namespace quintor::test

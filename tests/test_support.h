@@ -50,4 +50,33 @@ struct ExeResult {
 ExeResult RunExe(const std::vector<std::string>& args, const std::string& stdinText = "",
                  const std::string& cwd = "");
 
+// How often `what` stands in `text`.
+int CountText(const std::string& text, const std::string& what);
+
+// `text` with the nth occurrence of `from` replaced by `to` (a failure when
+// there is none): changed copies of real logs.
+std::string Replace(std::string text, const std::string& from, const std::string& to, int nth = 1);
+
+// A whole batch session (/0) on a copy of a log in a fresh directory (the
+// program writes its .mou beside the input). `prepare` may set options on the
+// Session before the run, `keys` answers the one-key questions.
+struct LogRun {
+  TempDir dir;
+  Session s;
+  RunResult r;
+  std::string copy;
+  LogRun(const std::string& log, std::vector<std::string> options = {}, const std::string& keys = "");
+  LogRun(const std::string& log, std::vector<std::string> options, void (*prepare)(Session&));
+};
+
+// The same on a log given as text.
+struct TextRun {
+  TempDir dir;
+  Session s;
+  RunResult r;
+  TextRun(const std::string& text, std::vector<std::string> options = {}, const std::string& keys = "");
+  TextRun(const std::string& text, std::vector<std::string> options, void (*prepare)(Session&),
+          const std::string& keys = "");
+};
+
 }  // namespace quintor::test
