@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "session/run.h"
-#include "session/session.h"
+#include "app/run.h"
+#include "model/session.h"
 
 int main(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);

@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
-#include "session/run.h"
-#include "session/session.h"
+#include "app/run.h"
+#include "model/session.h"
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;

@@ -21,9 +21,9 @@
 #include <string>
 #include <vector>
 
-#include "readers/line_reader.h"
+#include "io/line_reader.h"
+#include "model/session.h"
 #include "readers/read_pass.h"
-#include "session/session.h"
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;

@@ -8,8 +8,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "session/run.h"
-#include "session/session.h"
+#include "app/run.h"
+#include "model/session.h"
 
 namespace quintor::fuzz {
 
@@ -34,7 +34,7 @@ int RunBatch(const std::vector<std::string>& args, int formatCode) {
   std::istringstream keys("n");
   s.console = &console;
   s.keyboard = &keys;
-  s.opt.formatCode = formatCode;
+  s.opt.formatCode = static_cast<FormatCode>(formatCode);
   return RunQuintor(s, args);
 }
 

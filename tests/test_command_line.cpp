@@ -1,10 +1,10 @@
 // The command line: prefixes in their order, value rules and edge cases.
 #include <gtest/gtest.h>
 
-#include "numeric/fortran_io.h"
-#include "session/command_line.h"
-#include "session/file_names.h"
-#include "session/keyword_values.h"
+#include "app/command_line.h"
+#include "io/file_names.h"
+#include "io/fortran_io.h"
+#include "io/keyword_values.h"
 
 using namespace quintor;
 
@@ -25,50 +25,50 @@ Parsed Parse(const std::vector<std::string>& args) {
 TEST(CommandLine, FirstArgumentIsTheInputUnlessOrientation) {
   Parsed s = Parse({"Water.LOG", "/X"});
   EXPECT_EQ(s.files.inputName, "Water.LOG");  // taken whole, in its own case
-  EXPECT_EQ(s.opt.formatCode, 5);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Nxyz);
   EXPECT_EQ(s.opt.skipLines, 0);  // /X without N skips nothing
 
   // prog /I file.log: /I sets the orientation, file.log is an unknown option.
   s = Parse({"/I", "file.log"});
-  EXPECT_EQ(s.opt.orientationMode, 1);
+  EXPECT_EQ(s.opt.orientation, Orientation::Input);
   EXPECT_EQ(s.files.inputName, "");
   s = Parse({"x.log", "/z "});
-  EXPECT_EQ(s.opt.orientationMode, 2);
+  EXPECT_EQ(s.opt.orientation, Orientation::ZMatrix);
   // An option in the first place is a file name.
   s = Parse({"/G98"});
   EXPECT_EQ(s.files.inputName, "/G98");
-  EXPECT_EQ(s.opt.formatCode, -1);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Automatic);
   // Unknown words are ignored without a message.
   s = Parse({"x.log", "/WHATEVER", "plain"});
-  EXPECT_EQ(s.opt.formatCode, -1);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Automatic);
 }
 
 TEST(CommandLine, XyzFamilyAndLabels) {
   Parsed s = Parse({"x", "/x3"});
-  EXPECT_EQ(s.opt.formatCode, 5);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Nxyz);
   EXPECT_EQ(s.opt.skipLines, 3);
   s = Parse({"x", "/NDXYZ"});
-  EXPECT_EQ(s.opt.formatCode, 6);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Ndxyz);
   s = Parse({"x", "/dnxyz1"});
-  EXPECT_EQ(s.opt.formatCode, 7);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Dnxyz);
   EXPECT_EQ(s.opt.skipLines, 1);
   s = Parse({"x", "/NXYZ2@Coordinates"});
-  EXPECT_EQ(s.opt.formatCode, 11);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::LabelledXyz);
   EXPECT_EQ(s.opt.labelFieldOrder, 1);
   EXPECT_EQ(s.opt.skipLines, 2);
   EXPECT_EQ(s.opt.label, "COORDINATES");
   s = Parse({"x", "/DNXYZ@GEOM here"});
-  EXPECT_EQ(s.opt.formatCode, 11);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::LabelledXyz);
   EXPECT_EQ(s.opt.labelFieldOrder, 3);
   EXPECT_EQ(s.opt.label, "GEOM");  // the label stops at the first blank
   // /X comes first, so /X@... never reaches the labelled reading.
   EXPECT_THROW(Parse({"x", "/X@LABEL"}), FatalReadError);
   s = Parse({"x", "/GZ1@ZMAT"});
-  EXPECT_EQ(s.opt.formatCode, 14);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::GaussianZMatrix);
   EXPECT_EQ(s.opt.labelFieldOrder, 3);
   EXPECT_EQ(s.opt.skipLines, 1);
   s = Parse({"x", "/GZ4"});
-  EXPECT_EQ(s.opt.formatCode, 14);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::GaussianZMatrix);
   EXPECT_EQ(s.opt.labelFieldOrder, 0);
   EXPECT_EQ(s.opt.skipLines, 4);
 }
@@ -81,14 +81,14 @@ TEST(CommandLine, PrefixOrderDecides) {
   EXPECT_EQ(s.opt.rotationNumber, 12.0);
   s = Parse({"x", "/ARIR"});
   EXPECT_TRUE(s.opt.arir);
-  EXPECT_EQ(s.opt.formatCode, -1);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Automatic);
   s = Parse({"x", "/A"});
-  EXPECT_EQ(s.opt.formatCode, 4);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Korvandel);
   s = Parse({"x", "/AU"});
-  EXPECT_EQ(s.opt.lengthUnit, 1);
-  EXPECT_EQ(s.opt.formatCode, -1);
+  EXPECT_EQ(s.opt.lengthUnit, LengthUnit::Bohr);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Automatic);
   s = Parse({"x", "/CFOUR"});
-  EXPECT_EQ(s.opt.formatCode, 18);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Cfour);
   EXPECT_EQ(s.opt.maxCycles, 300);
   s = Parse({"x", "/c500"});
   EXPECT_EQ(s.opt.maxCycles, 500);
@@ -104,10 +104,10 @@ TEST(CommandLine, FormatOptions) {
   const std::vector<std::pair<std::string, int>> codes = {
       {"/GAM4", 2}, {"/GAM5", 0}, {"/GAM7", 15}, {"/GAMUS", 19}, {"/G94", 1}, {"/G98", 3},
       {"/G03", 10}, {"/G09", 16}, {"/PRIR", 17}, {"/CFOUR", 18}, {"/A", 4},    {"/PATmine", 8}};
-  for (const auto& [option, code] : codes) EXPECT_EQ(Parse({"x", option}).opt.formatCode, code) << option;
+  for (const auto& [option, code] : codes) EXPECT_EQ(static_cast<int>(Parse({"x", option}).opt.formatCode), code) << option;
   EXPECT_EQ(Parse({"x", "/patMine"}).opt.patternName, "MINE");
-  EXPECT_EQ(Parse({"x", "/NM"}).opt.lengthUnit, 2);
-  EXPECT_EQ(Parse({"x", "/bohr"}).opt.lengthUnit, 1);
+  EXPECT_EQ(Parse({"x", "/NM"}).opt.lengthUnit, LengthUnit::Nanometre);
+  EXPECT_EQ(Parse({"x", "/bohr"}).opt.lengthUnit, LengthUnit::Bohr);
 }
 
 TEST(CommandLine, NumericValuesAndFallBacks) {

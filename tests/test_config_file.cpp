@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "session/config_file.h"
-#include "numeric/fortran_io.h"
-#include "session/session.h"
+#include "io/fortran_io.h"
+#include "model/session.h"
+#include "readers/config_file.h"
 #include "test_support.h"
 
 using namespace quintor;
@@ -60,7 +60,7 @@ void ExpectDefaults(const InputPattern& p) {
   EXPECT_EQ(p.energyShift, 0);
   EXPECT_EQ(p.readEnergy, 0);
   EXPECT_EQ(p.geoFormat, 0);
-  EXPECT_EQ(p.geoUnits, 0);
+  EXPECT_EQ(p.geoUnits, LengthUnit::Angstrom);
 }
 
 }  // namespace
@@ -202,7 +202,7 @@ TEST(ConfigPattern, AllKeys) {
   EXPECT_EQ(p.energyShift, -1);
   EXPECT_EQ(p.readEnergy, 1);
   EXPECT_EQ(p.geoFormat, 2);  // the line behind "[end]" is not read
-  EXPECT_EQ(p.geoUnits, 1);
+  EXPECT_EQ(p.geoUnits, LengthUnit::Bohr);
   EXPECT_TRUE(p.geoUnitsGiven);
 }
 
@@ -266,14 +266,14 @@ TEST(ConfigPattern, LengthUnitOfThePatternUnlessTheCommandLineGaveOne) {
     Session s;
     s.files.currentDir = Slash(here);
     Configure(s);
-    EXPECT_EQ(s.opt.lengthUnit, 1);
+    EXPECT_EQ(s.opt.lengthUnit, LengthUnit::Bohr);
   }
   {
     Session s;
     s.files.currentDir = Slash(here);
-    s.opt.lengthUnit = 2;  // /NM
+    s.opt.lengthUnit = LengthUnit::Nanometre;  // /NM
     Configure(s);
-    EXPECT_EQ(s.opt.lengthUnit, 2);
+    EXPECT_EQ(s.opt.lengthUnit, LengthUnit::Nanometre);
   }
 }
 

@@ -7,7 +7,7 @@
 #include <cstdio>
 
 #include "analysis/bond_radii.h"
-#include "session/run.h"
+#include "app/run.h"
 #include "test_support.h"
 #include "viewer/view_model.h"
 

@@ -17,9 +17,9 @@
 #include <string>
 #include <vector>
 
-#include "numeric/fortran_io.h"
-#include "readers/force_constants.h"
+#include "io/fortran_io.h"
 #include "test_support.h"
+#include "thermo/force_constants.h"
 
 using namespace quintor;
 using namespace quintor::test;
@@ -217,7 +217,7 @@ void PrepareWater(Session& s, const TempDir& dir, bool withFch = true) {
   if (withFch) dir.Write("water_xtb.fch", ReadFile(TestInput("water_xtb.fch")));
   RunResult r = RunInProcess(s, {out, "/0"});
   ASSERT_EQ(r.status, 0) << r.console;
-  ASSERT_EQ(s.opt.formatCode, 3);  // read as a Gaussian 98 log
+  ASSERT_EQ(s.opt.formatCode, FormatCode::Gaussian98);  // read as a Gaussian 98 log
   ASSERT_EQ(s.nAtoms, 3);
   ASSERT_EQ(s.modes.size(), 9u);
 }
@@ -279,7 +279,7 @@ TEST(ForceConstants, LaterGaussianLogsPrintNothingEvenWithAnFchFile) {
   TempDir dir;
   Session s;
   PrepareWater(s, dir);
-  s.opt.formatCode = 16;
+  s.opt.formatCode = FormatCode::Gaussian09;
   s.opt.recalcFreq = true;
   const double f = s.modes[8].freq;
   std::string report = RunToFile(s, dir);
@@ -291,7 +291,7 @@ TEST(ForceConstants, Gaussian94TableComesFromTheLogsModes) {
   TempDir dir;
   Session s;
   PrepareWater(s, dir, false);
-  s.opt.formatCode = 1;
+  s.opt.formatCode = FormatCode::Gaussian94;
   s.modes[6].redMass = 1.08;
   std::string report = RunToFile(s, dir);
   EXPECT_NE(report.find("    7   1540.86   1540.86   1540.86   1540.86      1.08" +

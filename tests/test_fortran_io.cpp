@@ -2,7 +2,7 @@
 // and free-form reads on input.
 #include <gtest/gtest.h>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 
 using namespace quintor;
 

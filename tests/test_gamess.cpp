@@ -16,7 +16,7 @@
 #include <tuple>
 #include <vector>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "readers/elements.h"
 #include "test_support.h"
 
@@ -278,7 +278,7 @@ TEST(GamessRealLogs, HardValuesOfTheOptimisations) {
     // GAMESS(US) heads its search points "BEGINNING GEOMETRY SEARCH POINT".
     LogRun run(TestData("gamess-us/dvb_gopt.log"));
     const Session& s = run.s;
-    EXPECT_EQ(s.opt.formatCode, 19);
+    EXPECT_EQ(s.opt.formatCode, FormatCode::GamessUS);
     EXPECT_EQ(s.iCyc, 10);
     EXPECT_DOUBLE_EQ(s.Set(0).energy, -382.0354172);
     EXPECT_DOUBLE_EQ(s.Set(0).gmax, 0.0527966);
@@ -322,7 +322,7 @@ TEST(GamessRealLogs, HardValuesOfTheModes) {
   {
     // PC GAMESS 7 prints reduced masses; 6 does not.
     LogRun v7(TestData("pcgamess/cn_ir_v7.log"));
-    EXPECT_EQ(v7.s.opt.formatCode, 15);
+    EXPECT_EQ(v7.s.opt.formatCode, FormatCode::PcGamess7);
     ASSERT_EQ(v7.s.modes.size(), 6u);
     EXPECT_DOUBLE_EQ(v7.s.modes[0].redMass, 12.84814);
     EXPECT_DOUBLE_EQ(v7.s.modes[5].freq, 2980.06);
@@ -330,7 +330,7 @@ TEST(GamessRealLogs, HardValuesOfTheModes) {
     EXPECT_DOUBLE_EQ(v7.s.modes[5].intensity, 0.11504 * kKmPerMol);
     EXPECT_DOUBLE_EQ(v7.s.modes[5].disp[1][2], -0.18153764);
     LogRun v6(TestData("pcgamess/dvb_ir_v6.log"));
-    EXPECT_EQ(v6.s.opt.formatCode, 0);
+    EXPECT_EQ(v6.s.opt.formatCode, FormatCode::Gamess);
     ASSERT_EQ(v6.s.modes.size(), 60u);
     for (const auto& m : v6.s.modes) EXPECT_EQ(m.redMass, 0.0);
     EXPECT_DOUBLE_EQ(v6.s.modes[59].freq, 3816.56);

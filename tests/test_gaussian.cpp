@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "readers/elements.h"
 #include "test_support.h"
 

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
+#include "readers/config_file.h"
 #include "readers/readers.h"
-#include "session/config_file.h"
 #include "test_support.h"
 
 using namespace quintor;
@@ -56,7 +56,7 @@ std::string CopyInput(const TempDir& dir, const std::string& name) {
 
 TEST(PlainXyz, HeaderSkippedWithTwoLines) {
   Session s;
-  s.opt.formatCode = 5;
+  s.opt.formatCode = FormatCode::Nxyz;
   s.opt.skipLines = 2;
   std::string log = Read(s, TestInput("water_header.xyz"), ReadPlainXyz);
   EXPECT_EQ(log, " XYZ file input requested\n");
@@ -69,13 +69,13 @@ TEST(PlainXyz, HeaderSkippedWithTwoLines) {
 TEST(PlainXyz, HeaderNotSkippedIsAFatalReadError) {
   // "3" is taken as an atom word, and the row has no coordinates.
   Session s;
-  s.opt.formatCode = 5;
+  s.opt.formatCode = FormatCode::Nxyz;
   EXPECT_THROW(Read(s, TestInput("water_header.xyz"), ReadPlainXyz), FatalReadError);
 }
 
 TEST(PlainXyz, SymbolDummyStyleStopsAtDashes) {
   Session s;
-  s.opt.formatCode = 6;
+  s.opt.formatCode = FormatCode::Ndxyz;
   Read(s, TestInput("water_ndxyz.txt"), ReadPlainXyz);
   EXPECT_EQ(s.nAtoms, 3);  // the row behind "----" is not read
   ExpectWater(s, -1);
@@ -84,7 +84,7 @@ TEST(PlainXyz, SymbolDummyStyleStopsAtDashes) {
 
 TEST(PlainXyz, DummySymbolStyleWithNumbersAndEnd) {
   Session s;
-  s.opt.formatCode = 7;
+  s.opt.formatCode = FormatCode::Dnxyz;
   Read(s, TestInput("water_dnxyz.txt"), ReadPlainXyz);
   EXPECT_EQ(s.nAtoms, 3);  // "8.0" is oxygen, "h" hydrogen, " $end" ends the list
   ExpectWater(s, -1);
@@ -93,9 +93,9 @@ TEST(PlainXyz, DummySymbolStyleWithNumbersAndEnd) {
 TEST(PlainXyz, LengthUnits) {
   for (int unit : {1, 2}) {
     Session s;
-    s.opt.formatCode = 5;
+    s.opt.formatCode = FormatCode::Nxyz;
     s.opt.skipLines = 2;
-    s.opt.lengthUnit = unit;
+    s.opt.lengthUnit = static_cast<LengthUnit>(unit);
     Read(s, TestInput("water_header.xyz"), ReadPlainXyz);
     ExpectWater(s, -1, unit == 1 ? 1.0 : 18.89726133921252);
   }
@@ -114,7 +114,7 @@ TEST(PlainXyz, AtomWords) {
                                "\n"
                                "C 7 0 0\n");
   Session s;
-  s.opt.formatCode = 5;
+  s.opt.formatCode = FormatCode::Nxyz;
   Read(s, path, ReadPlainXyz);
   ASSERT_EQ(s.nAtoms, 7);  // the empty line ends the list
   EXPECT_EQ(s.atomicNumber, (std::vector<int>{1, 20, 20, 17, 17, 99, 0}));
@@ -124,7 +124,7 @@ TEST(PlainXyz, BadNumberIsAFatalReadErrorWithPlace) {
   TempDir dir;
   std::string path = dir.Write("bad.xyz", "O 0.0 0.0 0.1\nH 0.0 0.7x 0.1\n");
   Session s;
-  s.opt.formatCode = 5;
+  s.opt.formatCode = FormatCode::Nxyz;
   try {
     Read(s, path, ReadPlainXyz);
     FAIL() << "no error";
@@ -159,7 +159,7 @@ TEST(PlainXyz, WholeRun) {
 
 TEST(XyzAtLabel, TrajectoryOfThreeBlocks) {
   Session s;
-  s.opt.formatCode = 11;
+  s.opt.formatCode = FormatCode::LabelledXyz;
   s.opt.labelFieldOrder = 1;
   s.opt.skipLines = 3;
   s.opt.label = "TEST";
@@ -196,7 +196,7 @@ TEST(XyzAtLabel, StyleNamesInTheLog) {
                          " DNXYZ input at label    :GEO"};
   for (int style = 1; style <= 3; ++style) {
     Session s;
-    s.opt.formatCode = 11;
+    s.opt.formatCode = FormatCode::LabelledXyz;
     s.opt.labelFieldOrder = style;
     s.opt.label = "GEO";
     std::string log = Read(s, path, ReadXyzAtLabel);
@@ -206,7 +206,7 @@ TEST(XyzAtLabel, StyleNamesInTheLog) {
 
 TEST(XyzAtLabel, NoLabelInTheFileFindsNothing) {
   Session s;
-  s.opt.formatCode = 11;
+  s.opt.formatCode = FormatCode::LabelledXyz;
   s.opt.labelFieldOrder = 1;
   s.opt.label = "NOWHERE";
   Read(s, TestInput("co_trajectory.txt"), ReadXyzAtLabel);
@@ -237,7 +237,7 @@ TEST(XyzAtLabel, BlocksBeyondTheCycleLimitStopTheRun) {
 
 TEST(PatternInput, GeometriesAndEnergies) {
   Session s;
-  s.opt.formatCode = 8;
+  s.opt.formatCode = FormatCode::Pattern;
   s.opt.patternName = "MYOPT";
   ASSERT_TRUE(ReadConfigPattern(s, TestInput("co_pattern.cfg")));
   std::string log = Read(s, TestInput("co_pattern.log"), ReadPatternInput);
@@ -320,7 +320,7 @@ TEST(PatternInput, WholeRunWithConfigurationInTheHomeDirectory) {
 
 TEST(Gxyz, MixedDelimitersAndTabs) {
   Session s;
-  s.opt.formatCode = 12;
+  s.opt.formatCode = FormatCode::Gxyz;
   std::string log = Read(s, TestInput("water_gxyz.txt"), ReadGxyz);
   EXPECT_EQ(s.iCyc, 2);
   EXPECT_EQ(s.nAtoms, 3);

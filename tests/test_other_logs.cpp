@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "test_support.h"
 
 using namespace quintor;
@@ -45,7 +45,7 @@ TEST(Priroda, OptimisationWithModesIsReadByItsBanner) {
   Session s;
   RunResult r = RunOn(s, dir, "priroda_h2o_opt_freq.out");
   ASSERT_EQ(r.status, 0) << r.console;
-  EXPECT_EQ(s.opt.formatCode, 17);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Priroda);
   EXPECT_NE(r.log.find(" PRIRODA v.9 detected"), std::string::npos);
   EXPECT_NE(r.log.find("\n PRIRODA input\n"), std::string::npos);
   EXPECT_NE(r.log.find(" Step =    1\n" + std::string(80, '-') + "\n"), std::string::npos);
@@ -106,7 +106,7 @@ TEST(Priroda, LinearMoleculeHasFiveZeroModesAndTwoBlocks) {
   Session s;
   RunResult r = RunOn(s, dir, "priroda_c2h2_freq.out", {"/PRIR"});
   ASSERT_EQ(r.status, 0) << r.console;
-  EXPECT_EQ(s.opt.formatCode, 17);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Priroda);
   ASSERT_EQ(s.iCyc, 1);
   ASSERT_EQ(s.nAtoms, 4);
   EXPECT_DOUBLE_EQ(s.Set(1).energy, -77.3298765);
@@ -185,7 +185,7 @@ TEST(Korvandel, PointsAreReadByTheBanner) {
   Session s;
   RunResult r = RunOn(s, dir, "korvandel_h2co.log");
   ASSERT_EQ(r.status, 0) << r.console;
-  EXPECT_EQ(s.opt.formatCode, 4);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Korvandel);
   EXPECT_NE(r.log.find(" KORVANDEL 1.0 detected"), std::string::npos);
   CheckKorvandel(s);
 }
@@ -195,7 +195,7 @@ TEST(Korvandel, PointsAreReadWhenForced) {
   Session s;
   RunResult r = RunOn(s, dir, "korvandel_h2co.log", {"/A"});
   ASSERT_EQ(r.status, 0) << r.console;
-  EXPECT_EQ(s.opt.formatCode, 4);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Korvandel);
   CheckKorvandel(s);
 }
 
@@ -242,7 +242,7 @@ TEST(OwnLog, ALogWrittenByARunReadsBackToThePrintedDigits) {
   Session s;
   RunResult r = RunInProcess(s, {first.files.logName, "/0"});
   ASSERT_EQ(r.status, 0) << r.console;
-  EXPECT_EQ(s.opt.formatCode, 9);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::OwnLog);
   EXPECT_NE(r.log.find(" QUINTOR v.2.x detected"), std::string::npos);
   // One set for the last view: the molecular frame.
   ASSERT_EQ(s.iCyc, 0);
@@ -333,7 +333,7 @@ TEST(OwnLog, SearchStepsAndTheLastViewGiveOneSetEach) {
   Session s;
   RunResult r = RunInProcess(s, {path, "/0"});
   ASSERT_EQ(r.status, 0) << r.console;
-  EXPECT_EQ(s.opt.formatCode, 9);
+  EXPECT_EQ(s.opt.formatCode, FormatCode::OwnLog);
   // Three " NSEARCH =" blocks and one set for the last view.
   ASSERT_EQ(s.iCyc, 3);
   ASSERT_EQ(s.nAtoms, 4);

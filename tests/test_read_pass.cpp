@@ -13,7 +13,7 @@ using namespace quintor::test;
 namespace {
 
 struct Detected {
-  int code;
+  FormatCode code;
   std::string log;
 };
 
@@ -58,26 +58,26 @@ TEST(BannerDetection, EveryRealLogByFolder) {
   };
   for (const auto& [file, code, message] : cases) {
     Detected d = Detect(TestData(file));
-    EXPECT_EQ(d.code, code) << file;
+    EXPECT_EQ(static_cast<int>(d.code), code) << file;
     EXPECT_EQ(d.log.substr(0, message.size()), message) << file;
   }
 }
 
 TEST(BannerDetection, TheXtbExampleIsGaussian98) {
   Detected d = Detect(std::string(QUINTOR_TEST_INPUTS) + "/../../examples/ethanol_xtb.out");
-  EXPECT_EQ(d.code, 3);
+  EXPECT_EQ(d.code, FormatCode::Gaussian98);
   EXPECT_EQ(d.log, " xtb g98.out detected\n");
 }
 
 TEST(BannerDetection, OrderOfTheTableAndLateBanners) {
-  EXPECT_EQ(FindBanner(" blah CFOUR blah")->code, 18);
-  EXPECT_EQ(FindBanner("   *                   QUINTOR v.2.5   *")->code, 9);
+  EXPECT_EQ(FindBanner(" blah CFOUR blah")->code, FormatCode::Cfour);
+  EXPECT_EQ(FindBanner("   *                   QUINTOR v.2.5   *")->code, FormatCode::OwnLog);
   EXPECT_EQ(FindBanner("Priroda 9 (2005)")->message, " PRIRODA v.9 detected");
-  EXPECT_EQ(FindBanner("  This is part of the Gaussian 94(TM) system")->code, 1);
-  EXPECT_EQ(FindBanner(" GAMESS VERSION = 30 SEP 2018 (R3)")->code, 19);
+  EXPECT_EQ(FindBanner("  This is part of the Gaussian 94(TM) system")->code, FormatCode::Gaussian94);
+  EXPECT_EQ(FindBanner(" GAMESS VERSION = 30 SEP 2018 (R3)")->code, FormatCode::GamessUS);
   EXPECT_EQ(FindBanner("no banner here"), nullptr);
   // A PC GAMESS line wins over the new GAMESS(US) row by coming first.
-  EXPECT_EQ(FindBanner(" PC GAMESS version 7.0 GAMESS VERSION = x")->code, 15);
+  EXPECT_EQ(FindBanner(" PC GAMESS version 7.0 GAMESS VERSION = x")->code, FormatCode::PcGamess7);
 
   // A Gaussian 09 banner is found however far down it stands.
   TempDir dir;
@@ -85,7 +85,7 @@ TEST(BannerDetection, OrderOfTheTableAndLateBanners) {
   for (int i = 0; i < 5000; ++i) text += " some text of another program\n";
   text += " This is part of the Gaussian(R) 09 program.\n";
   Detected d = Detect(dir.Write("late.log", text));
-  EXPECT_EQ(d.code, 16);
+  EXPECT_EQ(d.code, FormatCode::Gaussian09);
 }
 
 TEST(BannerDetection, OrientationIsToldAfterGaussianMessages) {
@@ -94,7 +94,7 @@ TEST(BannerDetection, OrientationIsToldAfterGaussianMessages) {
   for (auto [mode, line] : {std::pair{0, ""}, std::pair{1, " Input orientation will be used\n"},
                             std::pair{2, " Z-matrix orientation will be used\n"}}) {
     Session s;
-    s.opt.orientationMode = mode;
+    s.opt.orientation = static_cast<Orientation>(mode);
     LineReader in;
     in.Open(path);
     DetectFormat(s, in);
@@ -121,7 +121,7 @@ TEST(GamessLookAhead, PcGamessLineWithin100LinesIsReadOnWithoutRewinding) {
   Session s;
   LineReader in;
   in.Open(dir.Write("pc6.log", LookAheadFile(30)));
-  EXPECT_EQ(DetectFormat(s, in), 0);
+  EXPECT_EQ(DetectFormat(s, in), FormatCode::Gamess);
   EXPECT_EQ(in.LineNumber(), 32);  // reading goes on from the PC GAMESS line
   std::string_view next;
   in.Next(next);
@@ -133,7 +133,7 @@ TEST(GamessLookAhead, PcGamessLineAt101LinesIsGamessUSAfterRewind) {
   Session s;
   LineReader in;
   in.Open(dir.Write("us6.log", LookAheadFile(101)));
-  EXPECT_EQ(DetectFormat(s, in), 0);
+  EXPECT_EQ(DetectFormat(s, in), FormatCode::Gamess);
   EXPECT_EQ(in.LineNumber(), 0);  // rewound to the first line
   s.log.Open(dir.File("us6.mou"));
   s.log.WritePending();
@@ -143,7 +143,7 @@ TEST(GamessLookAhead, PcGamessLineAt101LinesIsGamessUSAfterRewind) {
   Session s2;
   LineReader in2;
   in2.Open(dir.Write("pc6b.log", LookAheadFile(100)));
-  EXPECT_EQ(DetectFormat(s2, in2), 0);
+  EXPECT_EQ(DetectFormat(s2, in2), FormatCode::Gamess);
   EXPECT_EQ(in2.LineNumber(), 102);
 }
 

@@ -8,7 +8,7 @@
 #include <regex>
 #include <sstream>
 
-#include "session/report.h"
+#include "app/report.h"
 #include "test_support.h"
 
 using namespace quintor;

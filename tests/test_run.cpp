@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "session/command_line.h"
-#include "session/run.h"
+#include "app/command_line.h"
+#include "app/run.h"
 #include "test_support.h"
 
 using namespace quintor;

@@ -11,7 +11,7 @@
 #include <random>
 #include <sstream>
 
-#include "session/run.h"
+#include "app/run.h"
 
 namespace quintor::test {
 

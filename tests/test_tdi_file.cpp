@@ -4,8 +4,8 @@
 
 #include <sstream>
 
-#include "numeric/fortran_io.h"
-#include "session/tdi_file.h"
+#include "io/fortran_io.h"
+#include "readers/tdi_file.h"
 #include "test_support.h"
 
 using namespace quintor;

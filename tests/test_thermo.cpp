@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "test_support.h"
 #include "thermo/thermo.h"
 
@@ -117,7 +117,7 @@ void CompareWithGaussian(const LogCase& c) {
   // The tables leave the temperature at their last row: evaluate once more
   // at the temperature of Gaussian's table.
   s.opt.temperature = 298.15;
-  ThermoAtTP(s, true, false);
+  ThermoAtTP(s, true);
   const ThermoState& t = s.thermo;
   const TDResult* ours[5] = {&t.tot, &t.elec, &t.tran, &t.rot, &t.vib};
   static const char* kNames[5] = {"total", "electronic", "translational", "rotational", "vibrational"};
@@ -283,7 +283,7 @@ std::vector<std::string> TableRows(const std::string& log, const std::string& ti
 
 TEST(ThermoAtTP, SingleAtomIsASphericalTopWithLinearFormulas) {
   Molecule m(std::vector<Atom>{{39.948, {0.3, 0.2, 0.1}}});
-  ThermoAtTP(m.s, false, true);
+  ThermoAtTP(m.s, false);
   const ThermoState& t = m.s.thermo;
   EXPECT_TRUE(t.linear);
   EXPECT_EQ(t.rot.q, 0.0);
@@ -305,14 +305,14 @@ TEST(ThermoAtTP, SingleAtomIsASphericalTopWithLinearFormulas) {
 TEST(ThermoAtTP, TopsAndTheirLines) {
   {
     Molecule m(Water());
-    ThermoAtTP(m.s, false, true);
+    ThermoAtTP(m.s, false);
     std::string log = m.Log();
     EXPECT_TRUE(HasLine(log, " Asymmetric top"));
     EXPECT_TRUE(HasLine(log, " Non-linear molecule"));
   }
   {
     Molecule m(std::vector<Atom>{{15.99491, {0, 0, -2.2}}, {12.0, {0, 0, 0}}, {15.99491, {0, 0, 2.2}}});
-    ThermoAtTP(m.s, false, true);
+    ThermoAtTP(m.s, false);
     EXPECT_TRUE(m.s.thermo.linear);
     std::string log = m.Log();
     EXPECT_TRUE(HasLine(log, " Linear top"));
@@ -322,7 +322,7 @@ TEST(ThermoAtTP, TopsAndTheirLines) {
   // downwards, and the tests look for them in the other order.
   for (const auto& atoms : {Prolate(), Oblate()}) {
     Molecule m(atoms);
-    ThermoAtTP(m.s, false, true);
+    ThermoAtTP(m.s, false);
     const auto& I = m.s.thermo.moments;
     const double toAu = 1.0 / (constants::AtomicMassUnit * constants::BohrRadius * constants::BohrRadius);
     EXPECT_TRUE(std::fabs(I[0] - I[1]) * toAu < 0.001 || std::fabs(I[1] - I[2]) * toAu < 0.001);
@@ -341,7 +341,7 @@ TEST(ThermoAtTP, FrequencyJustAbove300ThetaOverTGivesOnlyItsZeroPointEnergy) {
   m.s.opt.temperature = 10.0;
   const double nu = 300.000001 * 10.0 * constants::Boltzmann / (100.0 * constants::Planck * constants::SpeedOfLight);
   m.Modes(6, {nu});
-  ThermoAtTP(m.s, true, false);
+  ThermoAtTP(m.s, true);
   const ThermoState& t = m.s.thermo;
   EXPECT_GT(t.theta[6] / 10.0, 300.0);
   EXPECT_EQ(t.qvib[6], 1.0);
@@ -359,12 +359,12 @@ TEST(MarkUsedModes, PositiveFrequencyLimit) {
   m.Modes(6, {-200.0, -50.0, 1000.0});
   // The imaginary modes lead the vibrations; the head of zero modes is 6 + NImag.
   MarkUsedModes(m.s, false);
-  EXPECT_EQ(m.s.modes[5].use, 0);
-  EXPECT_EQ(m.s.modes[6].use, 0);  // -200 keeps the zero mark
-  EXPECT_EQ(m.s.modes[7].use, 2);  // -50 above the limit is taken as real
-  EXPECT_EQ(m.s.modes[8].use, 1);
+  EXPECT_EQ(m.s.modes[5].use, ModeUse::Zero);
+  EXPECT_EQ(m.s.modes[6].use, ModeUse::Zero);  // -200 keeps the zero mark
+  EXPECT_EQ(m.s.modes[7].use, ModeUse::ImaginaryAsReal);  // -50 above the limit is taken as real
+  EXPECT_EQ(m.s.modes[8].use, ModeUse::Used);
 
-  ThermoAtTP(m.s, false, false);
+  ThermoAtTP(m.s, false);
   const ThermoState& t = m.s.thermo;
   EXPECT_EQ(m.s.modes[7].scaledFreq, 50.0);
   EXPECT_EQ(m.s.modes[6].scaledFreq, -200.0);
@@ -382,23 +382,23 @@ TEST(MarkUsedModes, ZeroListBottomLimitAndAllPositive) {
   m.s.nZero = 7;
   m.s.opt.freqBottom = 100.0;
   MarkUsedModes(m.s, false);
-  EXPECT_EQ(m.s.modes[6].use, -1);  // -30, below the limit, not in the list
-  EXPECT_EQ(m.s.modes[7].use, -1);  // 20
-  EXPECT_EQ(m.s.modes[8].use, 0);   // in the list
-  EXPECT_EQ(m.s.modes[9].use, 1);
+  EXPECT_EQ(m.s.modes[6].use, ModeUse::BelowFreqBottom);  // -30, below the limit, not in the list
+  EXPECT_EQ(m.s.modes[7].use, ModeUse::BelowFreqBottom);  // 20
+  EXPECT_EQ(m.s.modes[8].use, ModeUse::Zero);   // in the list
+  EXPECT_EQ(m.s.modes[9].use, ModeUse::Used);
   m.s.opt.allPositive = true;
   MarkUsedModes(m.s, false);
-  EXPECT_EQ(m.s.modes[6].use, 2);
+  EXPECT_EQ(m.s.modes[6].use, ModeUse::ImaginaryAsReal);
   // A linear molecule has one zero mode less at the head.
   m.s.zeroModes.clear();
   m.s.nZero = 0;
   m.s.opt.allPositive = false;
   m.s.opt.freqBottom = 0.0;
   MarkUsedModes(m.s, true);
-  EXPECT_EQ(m.s.modes[4].use, 0);
-  EXPECT_EQ(m.s.modes[5].use, 0);  // NImag 1 + 6 - 1
-  EXPECT_EQ(m.s.modes[6].use, -1);
-  EXPECT_EQ(m.s.modes[7].use, 1);
+  EXPECT_EQ(m.s.modes[4].use, ModeUse::Zero);
+  EXPECT_EQ(m.s.modes[5].use, ModeUse::Zero);  // NImag 1 + 6 - 1
+  EXPECT_EQ(m.s.modes[6].use, ModeUse::BelowFreqBottom);
+  EXPECT_EQ(m.s.modes[7].use, ModeUse::Used);
 }
 
 TEST(MarkUsedModes, ReducedMassLimitOnlyInTheFullEvaluationWithASpecificationFile) {
@@ -407,20 +407,20 @@ TEST(MarkUsedModes, ReducedMassLimitOnlyInTheFullEvaluationWithASpecificationFil
   m.s.modes[8].redMass = 6.0;
   m.s.opt.redMassTop = 5.0;
   // Without a specification file the limit is not applied.
-  ThermoAtTP(m.s, false, false);
-  EXPECT_EQ(m.s.modes[8].use, 1);
+  ThermoAtTP(m.s, false);
+  EXPECT_EQ(m.s.modes[8].use, ModeUse::Used);
   m.dir.Write("m.tdi", "! nothing\n");
-  ThermoAtTP(m.s, false, false);
-  EXPECT_EQ(m.s.modes[8].use, -2);
+  ThermoAtTP(m.s, false);
+  EXPECT_EQ(m.s.modes[8].use, ModeUse::AboveRedMassTop);
   EXPECT_EQ(m.s.thermo.nVibUsed, 2);
   EXPECT_TRUE(std::filesystem::exists(m.s.files.tdoName));
   // The silent evaluations of the tables ignore it.
-  ThermoAtTP(m.s, true, false);
-  EXPECT_EQ(m.s.modes[8].use, 1);
+  ThermoAtTP(m.s, true);
+  EXPECT_EQ(m.s.modes[8].use, ModeUse::Used);
   // So does the full evaluation with RECALCFREQ, which marks again.
   m.s.opt.recalcFreq = true;
-  ThermoAtTP(m.s, false, false);
-  EXPECT_EQ(m.s.modes[8].use, 1);
+  ThermoAtTP(m.s, false);
+  EXPECT_EQ(m.s.modes[8].use, ModeUse::Used);
   const std::string log = m.Log();
   EXPECT_TRUE(HasLine(log, "Upper limit for reduced masses to be used in TD calculations:      5.0000"));
   EXPECT_EQ(log.find("Bottom limit for frequencies"), std::string::npos);
@@ -434,7 +434,7 @@ TEST(MarkUsedModes, LimitLinesOfTheFullEvaluation) {
   m.dir.Write("m.tdi", "ALLPOSITIVE\n");
   m.s.opt.allPositive = true;
   m.s.opt.freqBottom = 12.5;
-  ThermoAtTP(m.s, false, false);
+  ThermoAtTP(m.s, false);
   const std::string log = m.Log();
   const std::string ruler(118, '-');
   // Between the table head and the first row.
@@ -453,7 +453,7 @@ TEST(ThermoAtTP, PrintedLayouts) {
   m.s.electronicEnergy = m.s.lowestEnergy = -76.5;
   m.s.lowestEnergyStep = 4;
   m.Modes(6, {1600.0, 3700.0, 3800.0});
-  ThermoAtTP(m.s, false, true);
+  ThermoAtTP(m.s, false);
   const std::string log = m.Log();
   EXPECT_EQ(log.substr(0, log.find(" *** Translational")),
             " Temperature   :       298.15 K \n"
@@ -518,7 +518,7 @@ TEST(ThermoAtTP, PrintedLayouts) {
 TEST(ThermoAtTP, MultiplicityNotSetIsWarnedAndFixed) {
   Molecule m(Water());
   m.s.opt.multiplicity = 0;
-  ThermoAtTP(m.s, false, false);
+  ThermoAtTP(m.s, false);
   EXPECT_EQ(m.s.opt.multiplicity, 1);
   const std::string log = m.Log();
   EXPECT_NE(log.find(" *** Electronic contribution ***\n"
@@ -529,10 +529,10 @@ TEST(ThermoAtTP, MultiplicityNotSetIsWarnedAndFixed) {
 
 TEST(ThermoAtTP, TransitionStateDropsOneTranslation) {
   Molecule m(Water());
-  ThermoAtTP(m.s, true, false);
+  ThermoAtTP(m.s, true);
   const TDResult plain = m.s.thermo.tran;
   m.s.opt.transitionState = true;
-  ThermoAtTP(m.s, false, false);
+  ThermoAtTP(m.s, false);
   const TDResult& ts = m.s.thermo.tran;
   const double R = constants::GasConstant, T = 298.15;
   EXPECT_DOUBLE_EQ(ts.q, std::pow(plain.q, 2.0 / 3.0));
@@ -555,7 +555,7 @@ TEST(ThermoAtTP, SilentCallWritesOneTableRow) {
   Molecule m(Water());
   m.Modes(6, {1600.0, 3700.0, 3800.0});
   m.s.opt.temperature = 300.0;
-  ThermoAtTP(m.s, true, false);
+  ThermoAtTP(m.s, true);
   const TDResult& r = m.s.thermo.tot;
   const std::string row = FmtF(300.0, 10, 3) + FmtF(r.cv, 10, 3) + FmtF(r.cp, 10, 3) + FmtF(r.u, 10, 3) +
                           FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 15, 5) +
@@ -695,17 +695,17 @@ TEST(CalcTD, TablesAllocateNoModeArraysPerRow) {
   CalcTD(m.s);
   const double* before = m.s.thermo.qvib.data();
   m.s.opt.temperature = 123.0;
-  ThermoAtTP(m.s, true, false);
+  ThermoAtTP(m.s, true);
   EXPECT_EQ(m.s.thermo.qvib.data(), before);
   EXPECT_EQ(CountLinesStartingWith(m.Log(), "   123.000"), 1);
 }
 
 TEST(MarkUsedModes, ReducedMassReportGoesToTheThermodynamicOutput) {
   Molecule m(Water());
-  m.s.opt.formatCode = 1;  // a Gaussian 94 log: the table comes from the log's modes
+  m.s.opt.formatCode = FormatCode::Gaussian94;  // a Gaussian 94 log: the table comes from the log's modes
   m.Modes(6, {1600.0, 3700.0, 3800.0});
   m.dir.Write("m.tdi", "SCALE=0.9\n");
-  ThermoAtTP(m.s, false, false);
+  ThermoAtTP(m.s, false);
   const std::string tdo = ReadFile(m.s.files.tdoName);
   EXPECT_NE(tdo.find(" Frequencies (cm-1), reduced masses (amu) and force constants (mdyn/A):"), std::string::npos)
       << tdo;

@@ -25,7 +25,7 @@ struct Outcome {
 
 Outcome ReadZMatrix(Session& s, const std::string& path) {
   TempDir dir;
-  s.opt.formatCode = 14;
+  s.opt.formatCode = FormatCode::GaussianZMatrix;
   s.log.Open(dir.File("z.mou"));
   LineReader in;
   EXPECT_TRUE(in.Open(path)) << path;
@@ -199,7 +199,7 @@ TEST(ZMatrix, LabelSkipLinesAndUnit) {
   Session s;
   s.opt.label = "MOLECULE";
   s.opt.skipLines = 1;
-  s.opt.lengthUnit = 1;  // bohr
+  s.opt.lengthUnit = LengthUnit::Bohr;  // bohr
   Outcome o = ReadZMatrix(s, path);
   ASSERT_EQ(o.stop, -1) << o.log;
   ASSERT_EQ(s.nAtoms, 2);

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "analysis/bond_radii.h"
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 
 namespace quintor {
 

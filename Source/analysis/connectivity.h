@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "session/session.h"
+#include "numeric/constants.h"
+#include "numeric/vec3.h"
 
 namespace quintor {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "numeric/jacobi.h"
 
 namespace quintor {

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "analysis/vec3_ops.h"
-#include "session/session.h"
+#include "numeric/constants.h"
+#include "numeric/vec3.h"
 
 namespace quintor {
 

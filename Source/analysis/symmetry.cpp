@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "analysis/inertia.h"
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 
 namespace quintor {
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "analysis/inertia.h"
-#include "analysis/vec3_ops.h"
-#include "session/session.h"
+#include "numeric/constants.h"
+#include "numeric/vec3.h"
 
 namespace quintor {
 

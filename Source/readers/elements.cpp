@@ -3,7 +3,7 @@
 #include <array>
 #include <cctype>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 
 namespace quintor {
 

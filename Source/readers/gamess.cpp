@@ -27,7 +27,7 @@
 #include <string_view>
 #include <vector>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "readers/anchor_scan.h"
 #include "readers/readers.h"
 
@@ -107,7 +107,7 @@ struct GamessReader {
   int width = 5;
 
   GamessReader(Session& session, LineReader& reader) : s(session), in(reader) {
-    if (s.opt.formatCode == 2) width = 9;
+    if (s.opt.formatCode == FormatCode::PcGamess4) width = 9;
   }
 
   bool NoEnergies() const { return s.opt.noEnergies || !s.opt.readEnergies; }

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "analysis/inertia.h"
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "numeric/jacobi.h"
 #include "readers/anchor_scan.h"
 #include "readers/elements.h"
@@ -122,17 +122,17 @@ struct GaussianReader {
   std::string_view heading;
 
   GaussianReader(Session& session, LineReader& reader) : s(session), in(reader) {
-    heading = s.opt.orientationMode == 1   ? "Input orientation:"
-              : s.opt.orientationMode == 2 ? "Z-Matrix orientation:"
+    heading = s.opt.orientation == Orientation::Input   ? "Input orientation:"
+              : s.opt.orientation == Orientation::ZMatrix ? "Z-Matrix orientation:"
                                            : "Standard orientation:";
     switch (s.opt.formatCode) {
-      case 1:  // Gaussian 94 had no atomic-type column
+      case FormatCode::Gaussian94:  // Gaussian 94 had no atomic-type column
         xyzCol = 24;
         break;
-      case 10:
+      case FormatCode::Gaussian03:
         headSkip = 3;
         break;
-      case 16:
+      case FormatCode::Gaussian09:
         zCol = 17;
         massCol = 42;
         dispSkip = 12;

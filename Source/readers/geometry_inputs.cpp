@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "io/words.h"
 #include "readers/elements.h"
 #include "readers/readers.h"
-#include "session/words.h"
 
 namespace quintor {
 
@@ -98,7 +98,7 @@ bool SkipAndEcho(Session& s, LineReader& in, int n) {
 // ---- Plain XYZ: formats 5, 6, 7 ------------------------------------------------
 
 void ReadPlainXyz(Session& s, LineReader& in) {
-  const int style = s.opt.formatCode - 4;
+  const int style = static_cast<int>(s.opt.formatCode) - 4;  // Nxyz 1, Ndxyz 2, Dnxyz 3
   const double factor = LengthFactor(s.opt.lengthUnit);
   in.Rewind();
   in.Skip(s.opt.skipLines);

@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "analysis/inertia.h"
+#include "io/words.h"
 #include "readers/elements.h"
 #include "readers/readers.h"
-#include "session/words.h"
 
 namespace quintor {
 

@@ -19,9 +19,9 @@
 #include <string>
 #include <vector>
 
+#include "io/words.h"
 #include "readers/elements.h"
 #include "readers/readers.h"
-#include "session/words.h"
 
 namespace quintor {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "thermo/thermo.h"
 
 namespace quintor {
@@ -20,21 +20,16 @@ void TableHead(Session& s) {
   s.log.Line(Ruler97);
 }
 
-void TableTitle(Session& s, std::string_view which, int nRot) {
-  const std::string w(which);
-  if (nRot == 0)
-    s.log.Line(" Thermodynamics at " + w + " temperatures (w/o internal rotations):");
-  else
-    s.log.Line(" Thermodynamics at " + w + " temperatures (" + FmtI(nRot, 2) +
-               " internal rotations in Pitzer-Gwinn approximation):");
+void TableTitle(Session& s, std::string_view which) {
+  s.log.Line(" Thermodynamics at " + std::string(which) + " temperatures (w/o internal rotations):");
 }
 
 // `count` rows from `first` on, T growing by adding `step`.
-void TableRows(Session& s, double first, double step, long long count, bool withRotations) {
+void TableRows(Session& s, double first, double step, long long count) {
   double T = first;
   for (long long k = 0; k < count; ++k) {
     s.opt.temperature = T;
-    ThermoAtTP(s, true, withRotations);
+    ThermoAtTP(s, true);
     T += step;
   }
 }
@@ -65,8 +60,7 @@ void CalcTD(Session& s, bool structureEdited) {
   for (VibMode& m : s.modes) m.scaledFreq = m.freq * s.opt.freqScale;
   s.thermo.SizeFor(s.modes.size());
 
-  const int nRot = static_cast<int>(s.rotors.size());
-  ThermoAtTP(s, false, true);
+  ThermoAtTP(s, false);
 
   if (s.modes.empty()) {
     s.log.Line(" ***** W A R N I N G !");
@@ -76,16 +70,11 @@ void CalcTD(Session& s, bool structureEdited) {
     return;
   }
 
-  const bool withRotations = nRot > 0;
-  if (withRotations && s.opt.monteCarlo) {
-    s.log.Line(" *** Note: Internal rotation contributions will be treated also using the Monte Carlo method ***");
-    s.log.Line(" *** Please take into account that this kind of calculation can take a long time             ***");
-  }
-  TableTitle(s, "various", nRot);
+  TableTitle(s, "various");
   TableHead(s);
   // The tables generate no coordinate files.
   s.opt.genCoordAngle = 0.0;
-  TableRows(s, 10.0, 10.0, 50, withRotations);
+  TableRows(s, 10.0, 10.0, 50);
   s.log.Line(Ruler97);
 
   if (!s.opt.tempTableRequested) {
@@ -97,10 +86,10 @@ void CalcTD(Session& s, bool structureEdited) {
   if (range[0] <= 0.0) range[0] = range[2];
   if (range[1] <= 0.0) range[1] = 19.0 * range[2] + range[0];
   const double first = range[0], last = range[1], step = range[2];
-  TableTitle(s, "requested", nRot);
+  TableTitle(s, "requested");
   TableHead(s);
   const auto count = static_cast<long long>((step - first + last) / step);
-  TableRows(s, first, step, count, withRotations);
+  TableRows(s, first, step, count);
   s.log.Line(Ruler97);
   if (structureEdited) EditedWarning(s, "were");
 }

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "numeric/jacobi.h"
-#include "readers/force_constants.h"
+#include "thermo/force_constants.h"
 #include "thermo/thermo.h"
 
 namespace quintor {
@@ -225,13 +225,15 @@ void ReducedMassLimit(Session& s, const ThermoState& t) {
   tdo.Open(s.files.tdoName);
   if (s.opt.freqBottom != 0.0)
     s.log.Line("Bottom limit for frequencies to be used in TD calculations:" + FmtF(s.opt.freqBottom, 12, 4));
-  if (s.opt.redMassTop != 10000000000.0)
+  // The /RX default is NotGiven, never 1e10, so this line always stands; the
+  // comparison is kept as it is because every MainLog has always carried the line.
+  if (s.opt.redMassTop != 1.0e10)
     s.log.Line("Upper limit for reduced masses to be used in TD calculations:" + FmtF(s.opt.redMassTop, 12, 4));
   if (s.opt.allPositive)
     s.log.Line(" ALLPOSITIVE key found: All negative frequencies will be treated as they would be positive");
   RecalculateFrequencies(s, tdo);
   for (VibMode& m : s.modes)
-    if (m.redMass > s.opt.redMassTop) m.use = -2;
+    if (m.redMass > s.opt.redMassTop) m.use = ModeUse::AboveRedMassTop;
   tdo.Close();
   if (s.opt.recalcFreq) {
     // The recalculated frequencies are scaled as the log's were.
@@ -260,8 +262,8 @@ void Vibrational(Session& s, ThermoState& t, bool quiet) {
   t.nVibUsed = 0;
   for (size_t i = 0; i < n; ++i) {
     VibMode& m = s.modes[i];
-    if (m.use > 0) {
-      if (m.scaledFreq < 0.0 && (s.opt.allPositive || m.use == 2)) m.scaledFreq = -m.scaledFreq;
+    if (m.use == ModeUse::Used || m.use == ModeUse::ImaginaryAsReal) {
+      if (m.scaledFreq < 0.0 && (s.opt.allPositive || m.use == ModeUse::ImaginaryAsReal)) m.scaledFreq = -m.scaledFreq;
       const double nu = m.scaledFreq;
       const double theta = 100.0 * Planck * nu * SpeedOfLight / Boltzmann;
       const double u = theta / T;
@@ -288,7 +290,7 @@ void Vibrational(Session& s, ThermoState& t, bool quiet) {
     }
     if (!quiet)
       s.log.Line(FmtI(static_cast<long long>(i + 1), 4) + FmtF(m.freq, 9, 3) + FmtF(m.intensity, 9, 3) +
-                 FmtF(m.scaledFreq, 9, 3) + FmtF(m.redMass, 9, 2) + FmtX(1) + FmtI(m.use, 2) + FmtF(t.theta[i], 9, 3) +
+                 FmtF(m.scaledFreq, 9, 3) + FmtF(m.redMass, 9, 2) + FmtX(1) + FmtI(static_cast<int>(m.use), 2) + FmtF(t.theta[i], 9, 3) +
                  FmtF(t.svib[i], 9, 3) + FmtF(t.zpe[i], 9, 3) + FmtF(t.hh0[i], 9, 3) + FmtF(t.hvib[i], 9, 3) +
                  FmtF(t.gvib[i], 9, 3) + FmtF(t.cvib[i], 9, 3) + FmtE(t.qvib[i], 12, 5));
   }
@@ -347,18 +349,18 @@ void MarkUsedModes(Session& s, bool linear) {
   for (size_t k = 0; k < s.modes.size(); ++k) {
     VibMode& m = s.modes[k];
     const int i = static_cast<int>(k) + 1;
-    m.use = 1;
-    if (m.freq < s.opt.freqBottom) m.use = -1;
+    m.use = ModeUse::Used;
+    if (m.freq < s.opt.freqBottom) m.use = ModeUse::BelowFreqBottom;
     if (s.nZero > 0) {
-      if (std::find(zero.begin(), zero.end(), i) != zero.end()) m.use = 0;
+      if (std::find(zero.begin(), zero.end(), i) != zero.end()) m.use = ModeUse::Zero;
     } else if (i <= limit) {
-      m.use = 0;
+      m.use = ModeUse::Zero;
     }
-    if (m.freq < 0.0 && (s.opt.allPositive || m.freq > s.opt.positiveFreqLimit)) m.use = 2;
+    if (m.freq < 0.0 && (s.opt.allPositive || m.freq > s.opt.positiveFreqLimit)) m.use = ModeUse::ImaginaryAsReal;
   }
 }
 
-void ThermoAtTP(Session& s, bool quiet, bool withRotations) {
+void ThermoAtTP(Session& s, bool quiet) {
   ThermoState& t = s.thermo;
   Options& o = s.opt;
 
@@ -388,10 +390,11 @@ void ThermoAtTP(Session& s, bool quiet, bool withRotations) {
   Vibrational(s, t, quiet);
   Totals(s, t, quiet);
 
-  if (!quiet && o.arir && !s.modes.empty())
-    s.log.Line(" *** Automatic Recognition of Internal Rotations ***");
-  // With internal rotations the row of a table is that of their treatment.
-  if (quiet && !(withRotations && !s.rotors.empty())) {
+  // The hindered-rotor treatment is not part of this version: say so once,
+  // and let the rigid-rotor harmonic-oscillator values stand.
+  if (!quiet && (o.arir || !s.rotors.empty()))
+    s.log.Line(" WARNING! Internal rotations are not evaluated in this version");
+  if (quiet) {
     const TDResult& r = t.tot;
     s.log.Line(FmtF(o.temperature, 10, 3) + FmtF(r.cv, 10, 3) + FmtF(r.cp, 10, 3) + FmtF(r.u, 10, 3) +
                FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 15, 5) + FmtF(r.lnQ, 12, 5));

@@ -7,15 +7,14 @@
 #include <array>
 #include <vector>
 
-#include "session/session.h"
+#include "model/session.h"
 
 namespace quintor {
 
 // One evaluation at the Session's temperature and pressure. With quiet off
 // every section is written to the MainLog; with quiet on nothing is written
-// but, without rotations, one row of a temperature table. withRotations
-// hands over to the internal-rotation treatment when the Session holds any.
-void ThermoAtTP(Session& s, bool quiet, bool withRotations);
+// but one row of a temperature table.
+void ThermoAtTP(Session& s, bool quiet);
 
 // Sets the ModeUse mark of every mode: the zero modes (the ZERO list, or the
 // head of the mode list with the imaginary modes), the /FX limit, and the

@@ -3,10 +3,10 @@
 #include <cmath>
 
 #include "analysis/bond_radii.h"
-#include "analysis/vec3_ops.h"
-#include "numeric/fortran_io.h"
-#include "readers/line_reader.h"
-#include "readers/read_pass.h"
+#include "io/fields.h"
+#include "io/fortran_io.h"
+#include "io/line_reader.h"
+#include "numeric/vec3.h"
 
 namespace quintor {
 

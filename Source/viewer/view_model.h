@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "session/session.h"
-#include "viewer/view_state.h"
+#include "model/session.h"
+#include "model/view_state.h"
 
 namespace quintor {
 

@@ -1,6 +1,6 @@
-#include "session/file_names.h"
+#include "io/file_names.h"
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 
 namespace quintor {
 

@@ -1,4 +1,4 @@
-#include "session/keyword_values.h"
+#include "io/keyword_values.h"
 
 namespace quintor {
 

@@ -1,4 +1,4 @@
-#include "session/main_log.h"
+#include "io/main_log.h"
 
 #include <filesystem>
 

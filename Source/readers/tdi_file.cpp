@@ -1,11 +1,11 @@
-#include "session/tdi_file.h"
+#include "readers/tdi_file.h"
 
 #include <cmath>
 #include <ostream>
 
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
+#include "io/keyword_values.h"
 #include "readers/read_pass.h"
-#include "session/keyword_values.h"
 
 namespace quintor {
 

@@ -3,8 +3,8 @@
 // barriers, excluded atoms and replacement masses.
 #pragma once
 
-#include "readers/line_reader.h"
-#include "session/session.h"
+#include "io/line_reader.h"
+#include "model/session.h"
 
 namespace quintor {
 

@@ -1,4 +1,4 @@
-#include "readers/line_reader.h"
+#include "io/line_reader.h"
 
 #include <sys/stat.h>
 

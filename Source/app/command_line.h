@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "session/session.h"
+#include "model/session.h"
 
 namespace quintor {
 

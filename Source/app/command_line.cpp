@@ -1,13 +1,13 @@
-#include "session/command_line.h"
+#include "app/command_line.h"
 
 #include <algorithm>
 #include <array>
 
 #include <fmt/format.h>
 
-#include "numeric/fortran_io.h"
-#include "session/keyword_values.h"
-#include "session/words.h"
+#include "io/fortran_io.h"
+#include "io/keyword_values.h"
+#include "io/words.h"
 
 namespace quintor {
 
@@ -82,7 +82,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
   Options& o = s.opt;
   switch (opt) {
     case Opt::X:
-      o.formatCode = 5;
+      o.formatCode = FormatCode::Nxyz;
       r.Int(value, o.skipLines);
       break;
     case Opt::NXYZ:
@@ -90,10 +90,10 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     case Opt::DNXYZ: {
       int style = opt == Opt::NXYZ ? 1 : opt == Opt::NDXYZ ? 2 : 3;
       if (SkipAndLabel(s, value, r)) {
-        o.formatCode = 11;
+        o.formatCode = FormatCode::LabelledXyz;
         o.labelFieldOrder = style;
       } else {
-        o.formatCode = 4 + style;
+        o.formatCode = static_cast<FormatCode>(4 + style);  // Nxyz, Ndxyz, Dnxyz
       }
       break;
     }
@@ -123,8 +123,8 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     }
     case Opt::TS: o.transitionState = true; break;
     case Opt::AU:
-    case Opt::BOHR: o.lengthUnit = 1; break;
-    case Opt::NM: o.lengthUnit = 2; break;
+    case Opt::BOHR: o.lengthUnit = LengthUnit::Bohr; break;
+    case Opt::NM: o.lengthUnit = LengthUnit::Nanometre; break;
     case Opt::PREC: {
       // /PREC, /PRECAU and /PRECNM: the value is looked at only when the
       // argument is long enough to hold one.
@@ -145,23 +145,23 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       break;
     }
     case Opt::ARIR: o.arir = true; break;
-    case Opt::A: o.formatCode = 4; break;
-    case Opt::GAM4: o.formatCode = 2; break;
-    case Opt::GAM5: o.formatCode = 0; break;
-    case Opt::GAM7: o.formatCode = 15; break;
-    case Opt::GAMUS: o.formatCode = 19; break;
-    case Opt::G94: o.formatCode = 1; break;
-    case Opt::G98: o.formatCode = 3; break;
-    case Opt::G03: o.formatCode = 10; break;
-    case Opt::G09: o.formatCode = 16; break;
-    case Opt::PRIR: o.formatCode = 17; break;
-    case Opt::CFOUR: o.formatCode = 18; break;
+    case Opt::A: o.formatCode = FormatCode::Korvandel; break;
+    case Opt::GAM4: o.formatCode = FormatCode::PcGamess4; break;
+    case Opt::GAM5: o.formatCode = FormatCode::Gamess; break;
+    case Opt::GAM7: o.formatCode = FormatCode::PcGamess7; break;
+    case Opt::GAMUS: o.formatCode = FormatCode::GamessUS; break;
+    case Opt::G94: o.formatCode = FormatCode::Gaussian94; break;
+    case Opt::G98: o.formatCode = FormatCode::Gaussian98; break;
+    case Opt::G03: o.formatCode = FormatCode::Gaussian03; break;
+    case Opt::G09: o.formatCode = FormatCode::Gaussian09; break;
+    case Opt::PRIR: o.formatCode = FormatCode::Priroda; break;
+    case Opt::CFOUR: o.formatCode = FormatCode::Cfour; break;
     case Opt::GZ:
-      o.formatCode = 14;
+      o.formatCode = FormatCode::GaussianZMatrix;
       if (SkipAndLabel(s, value, r)) o.labelFieldOrder = 3;
       break;
     case Opt::PAT:
-      o.formatCode = 8;
+      o.formatCode = FormatCode::Pattern;
       o.patternName = Cut(Trim(value), MaxLabel);
       break;
     case Opt::HB:
@@ -232,11 +232,11 @@ CommandLineAction ParseCommandLine(Session& s, const std::vector<std::string>& a
     std::string up = Upper(original);
     std::string_view trimmed = Trim(up);
     if (trimmed == "/I") {
-      s.opt.orientationMode = 1;
+      s.opt.orientation = Orientation::Input;
       continue;
     }
     if (trimmed == "/Z") {
-      s.opt.orientationMode = 2;
+      s.opt.orientation = Orientation::ZMatrix;
       continue;
     }
     if (k == 0) {

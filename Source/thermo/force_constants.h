@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "session/session.h"
+#include "model/session.h"
 
 namespace quintor {
 

@@ -1,4 +1,4 @@
-#include "session/run.h"
+#include "app/run.h"
 
 #include <unistd.h>
 
@@ -7,15 +7,15 @@
 #include <new>
 #include <ostream>
 
-#include "numeric/fortran_io.h"
+#include "app/command_line.h"
+#include "app/report.h"
+#include "io/file_names.h"
+#include "io/fortran_io.h"
+#include "io/line_reader.h"
 #include "numeric/jacobi.h"
-#include "readers/line_reader.h"
+#include "readers/config_file.h"
 #include "readers/read_pass.h"
-#include "session/command_line.h"
-#include "session/config_file.h"
-#include "session/file_names.h"
-#include "session/report.h"
-#include "session/tdi_file.h"
+#include "readers/tdi_file.h"
 #include "viewer/view_model.h"
 
 namespace quintor {
@@ -118,9 +118,7 @@ bool StartUp(Session& s, LineReader& in, int& status) {
   }
 
   f.logName = DerivedName(f.inputName, ".mou");
-  f.punchName = DerivedName(f.inputName, ".pun");
   f.tdoName = DerivedName(f.inputName, ".tdo");
-  f.mcoName = DerivedName(f.inputName, ".mco");
   std::string logFile = f.logName;
   if (s.opt.noLog) logFile = f.scratchLog = ScratchLogName();
   if (!s.log.Open(logFile)) {
@@ -198,7 +196,12 @@ int RunQuintor(Session& s, const std::vector<std::string>& args) {
     }
     int status = exit_status::Ok;
     if (!StartUp(s, in, status)) return Stop(s, status);
-    ReadPass(s, in);
+    ReadPass(s, in, [&s] {
+      s.Console() << " Exit? ([Y]/N) -->" << std::flush;
+      const int key = s.Keyboard().get();
+      s.Console() << "\n";
+      return key == 'N' || key == 'n';
+    });
     in.Close();
     PostReadReport(s);
     s.view = StartingView(s.opt);  // under /0 the view is never touched
@@ -212,7 +215,7 @@ int RunQuintor(Session& s, const std::vector<std::string>& args) {
   } catch (const std::bad_alloc&) {
     return StopWithMessage(s, " FATAL ERROR: not enough memory", exit_status::Limit);
   } catch (const std::exception& e) {
-    return StopWithMessage(s, std::string(" FATAL ERROR: ") + e.what(), exit_status::Numeric);
+    return StopWithMessage(s, std::string(" FATAL ERROR: ") + e.what(), exit_status::Internal);
   }
 }
 

@@ -1,4 +1,4 @@
-#include "session/config_file.h"
+#include "readers/config_file.h"
 
 #include <array>
 #include <cstdlib>
@@ -7,9 +7,9 @@
 #include <ostream>
 #include <vector>
 
-#include "numeric/fortran_io.h"
-#include "readers/line_reader.h"
-#include "session/session.h"
+#include "io/fortran_io.h"
+#include "io/line_reader.h"
+#include "model/session.h"
 
 #ifndef QUINTOR_DATA_DIR
 #define QUINTOR_DATA_DIR "/usr/local/share/quintor"
@@ -178,7 +178,7 @@ bool ReadConfigPattern(Session& s, const std::string& path) {
   integer(kReadEnergy, p.readEnergy);
   integer(kGeoFormat, p.geoFormat);
   if (keys[kGeoUnits].found) {
-    p.geoUnits = IntegerValue(keys[kGeoUnits], kGeoUnits, path);
+    p.geoUnits = static_cast<LengthUnit>(IntegerValue(keys[kGeoUnits], kGeoUnits, path));
     p.geoUnitsGiven = true;
   }
   return true;
@@ -196,7 +196,7 @@ void ReadConfig(Session& s) {
     return;
   }
   // The command line has been read already: a unit given there stays.
-  if (s.pattern.geoUnitsGiven && s.opt.lengthUnit == 0) s.opt.lengthUnit = s.pattern.geoUnits;
+  if (s.pattern.geoUnitsGiven && s.opt.lengthUnit == LengthUnit::Angstrom) s.opt.lengthUnit = s.pattern.geoUnits;
 }
 
 }  // namespace quintor

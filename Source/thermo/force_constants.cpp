@@ -1,14 +1,14 @@
-#include "readers/force_constants.h"
+#include "thermo/force_constants.h"
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <numeric>
 
-#include "numeric/fortran_io.h"
-#include "readers/line_reader.h"
-#include "readers/read_pass.h"
-#include "session/file_names.h"
+#include "io/fields.h"
+#include "io/file_names.h"
+#include "io/fortran_io.h"
+#include "io/line_reader.h"
 
 extern "C" {
 // LAPACK: generalised symmetric-definite eigenproblem A x = lambda B x.
@@ -177,11 +177,11 @@ namespace {
 
 enum class Companion { None, Punch, Fch, LogModes };
 
-Companion CompanionOf(int formatCode) {
+Companion CompanionOf(FormatCode formatCode) {
   switch (formatCode) {
-    case 0: case 2: case 19: return Companion::Punch;  // GAMESS(US) and PC GAMESS up to v.6
-    case 3: return Companion::Fch;                       // Gaussian 98
-    case 1: return Companion::LogModes;                  // Gaussian 94
+    case FormatCode::Gamess: case FormatCode::PcGamess4: case FormatCode::GamessUS: return Companion::Punch;  // GAMESS(US) and PC GAMESS up to v.6
+    case FormatCode::Gaussian98: return Companion::Fch;                       // Gaussian 98
+    case FormatCode::Gaussian94: return Companion::LogModes;                  // Gaussian 94
     default: return Companion::None;
   }
 }

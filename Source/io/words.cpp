@@ -1,4 +1,4 @@
-#include "session/words.h"
+#include "io/words.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 
 #include <cctype>
 #include <cmath>

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "numeric/fortran_io.h"
-#include "session/run.h"
+#include "app/run.h"
+#include "io/fortran_io.h"
 #include "thermo/thermo.h"
 #include "viewer/view_model.h"
 

@@ -1,4 +1,4 @@
-#include "session/session.h"
+#include "model/session.h"
 
 #include <iostream>
 
@@ -23,14 +23,6 @@ const CoordSet& Session::Set(int i) const {
 
 void StatusMessage(const Session& s, std::string_view text) {
   if (!s.opt.noGraphics) s.Console() << text << "\n";
-}
-
-double LengthFactor(int lengthUnit) {
-  switch (lengthUnit) {
-    case 1: return 1.0;
-    case 2: return 18.89726133921252;
-    default: return constants::AngstromToBohr;
-  }
 }
 
 }  // namespace quintor

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "session/session.h"
+#include "model/session.h"
 
 namespace quintor {
 
@@ -12,9 +12,6 @@ namespace quintor {
 // Session the centred working coordinates, the rotation number, NImag and
 // the analysis results.
 void PostReadReport(Session& s);
-
-// /ORIENT on every coordinate set and on the modes, with its report block.
-void OrientAllSets(Session& s);
 
 // Stoichiometry in Hill order: C, H, then the others alphabetically.
 std::string Stoichiometry(const Session& s);

@@ -1,11 +1,9 @@
 // The state of the view: rotation, shifts, zoom and display switches.
 #pragma once
 
-#include <array>
+#include "numeric/vec3.h"
 
 namespace quintor {
-
-using Mat3 = std::array<std::array<double, 3>, 3>;  // m[row][col]
 
 struct ViewState {
   Mat3 matrix{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};           // ViewMatrix: laboratory = matrix * molecular

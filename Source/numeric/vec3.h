@@ -1,17 +1,16 @@
-// Small 3-vector and 3 by 3 matrix arithmetic for the molecular analysis.
+// 3-vectors and 3 by 3 matrices: coordinates, axes, rotations.
 #pragma once
 
 #include <array>
 #include <cmath>
 
-#include "session/session.h"
-
 namespace quintor {
 
+using Vec3 = std::array<double, 3>;
 using Mat3 = std::array<std::array<double, 3>, 3>;  // m[row][col]
 
-// Kept in their own namespace so that they meet no other part's helpers;
-// the analysis sources bring them in with a using-directive.
+// Kept in their own namespace so that they meet no other module's helpers;
+// the sources that do geometry bring them in with a using-directive.
 namespace geom {
 
 inline Vec3 operator+(const Vec3& a, const Vec3& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }

@@ -1,4 +1,4 @@
-#include "session/report.h"
+#include "app/report.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,7 @@
 
 #include "analysis/inertia.h"
 #include "analysis/symmetry.h"
-#include "numeric/fortran_io.h"
+#include "io/fortran_io.h"
 #include "readers/elements.h"
 
 namespace quintor {
@@ -63,19 +63,6 @@ std::string Stoichiometry(const Session& s) {
   std::string formula;
   for (const auto& [symbol, count] : parts) formula += symbol + (count > 1 ? std::to_string(count) : "");
   return formula;
-}
-
-void OrientAllSets(Session& s) {
-  if (!s.opt.orient) return;
-  std::vector<std::vector<Vec3>> sets;
-  for (int i = -1; i <= s.iCyc; ++i) sets.push_back(std::move(s.Set(i).xyz));
-  std::vector<std::vector<Vec3>> modes;
-  for (VibMode& m : s.modes) modes.push_back(std::move(m.disp));
-  OrientedSets oriented =
-      OrientSetsByAtoms(sets, -1, s.opt.orientAtoms, s.atomName, s.atomicNumber, modes);
-  for (int i = -1; i <= s.iCyc; ++i) s.Set(i).xyz = std::move(sets[static_cast<size_t>(i + 1)]);
-  for (size_t k = 0; k < s.modes.size(); ++k) s.modes[k].disp = std::move(modes[k]);
-  WriteLines(s, oriented.lines);
 }
 
 void PostReadReport(Session& s) {

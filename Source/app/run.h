@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "session/session.h"
+#include "model/session.h"
 
 namespace quintor {
 
