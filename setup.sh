@@ -4,7 +4,9 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-packages=(cmake ninja-build g++ pkg-config libgtest-dev libfmt-dev liblapack-dev libopenblas-dev libgsl-dev)
+# What the build uses, and nothing more. clang builds the sanitizer run of
+# the test suite.
+packages=(cmake ninja-build g++ clang libgtest-dev libfmt-dev liblapack-dev libopenblas-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
@@ -17,7 +19,16 @@ if [ ${#missing[@]} -gt 0 ]; then
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}"
 fi
 
-cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+# A build/ made with another generator (or another compiler) is started anew.
+configure() {  # configure DIR [cmake options...]
+  local dir=$1; shift
+  if [ -f "$dir/CMakeCache.txt" ] && ! grep -q '^CMAKE_GENERATOR:INTERNAL=Ninja$' "$dir/CMakeCache.txt"; then
+    echo "Removing $dir (made with another generator)"
+    rm -rf "$dir"
+  fi
+  cmake -S . -B "$dir" -G Ninja "$@" >/dev/null || { rm -rf "$dir"; cmake -S . -B "$dir" -G Ninja "$@" >/dev/null; }
+}
+configure build -DCMAKE_BUILD_TYPE=Release ${QUINTOR_CMAKE_OPTIONS:-}
 cmake --build build
 
 [ "${1:-}" = "--no-example" ] && exit 0
