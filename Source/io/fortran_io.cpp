@@ -23,7 +23,7 @@ bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 }  // namespace
 
 std::string FmtF(double value, int w, int d) {
-  if (!std::isfinite(value)) return RightJustify(std::isnan(value) ? "NaN" : (value > 0 ? "Infinity" : "-Infinity"), w);
+  if (!std::isfinite(value)) return Stars(w);  // a MainLog never shows NaN or Infinity
   std::string s = fmt::format("{:.{}f}", value, d);
   // Fortran drops the optional leading zero when the field is one short.
   if (static_cast<int>(s.size()) == w + 1) {
@@ -34,7 +34,7 @@ std::string FmtF(double value, int w, int d) {
 }
 
 std::string FmtE(double value, int w, int d) {
-  if (!std::isfinite(value)) return RightJustify(std::isnan(value) ? "NaN" : (value > 0 ? "Infinity" : "-Infinity"), w);
+  if (!std::isfinite(value)) return Stars(w);  // a MainLog never shows NaN or Infinity
   std::string s = fmt::format("{:.{}E}", value, d);  // 1.23456E+05 or 1.2E+123
   auto e = s.find('E');
   int exponent = std::atoi(s.c_str() + e + 1);

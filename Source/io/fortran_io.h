@@ -12,7 +12,8 @@
 namespace quintor {
 
 // ---- Output edit descriptors -------------------------------------------
-// A value that does not fit its field prints as w asterisks, as Fortran does.
+// A value that does not fit its field prints as w asterisks, as Fortran does;
+// so does NaN or an infinity, which no report of the program shows.
 
 std::string FmtF(double value, int w, int d);      // Fw.d
 std::string FmtE(double value, int w, int d);      // Ew.d with a leading digit: 1.23456E+05

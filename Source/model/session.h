@@ -47,6 +47,7 @@ struct VibMode {
   double scaledFreq = 0.0;    // cm-1, frequency times the scale factor; the evaluation may flip its sign
   std::vector<Vec3> disp;     // Cartesian displacement of each atom
   ModeUse use = ModeUse::Used;
+  bool given = true;          // false for a slot that no mode block of the input filled
 };
 
 // One internal rotation, from the SpecFile or from automatic recognition.

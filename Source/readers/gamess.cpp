@@ -12,6 +12,8 @@
 //    (GAMESS(US)) point and each "LOCATED *****" geometry is one coordinate
 //    set, read from the "COORDINATES OF ALL ATOMS ARE (ANGS)" block below it;
 //  - "NSERCH= S  ENERGY= E" stores E in set S, by the printed step number;
+//    a set without one (frequency and single-point runs) takes the energy of
+//    "FINAL ... ENERGY IS", and the MP2 energy "E(MP2)=" where it stands;
 //  - "MAXIMUM GRADIENT" gives GMax and GRms of the current set;
 //  - the starting point (bohr) is set -1;
 //  - the masses come from the ATOMIC WEIGHTS block;
@@ -59,6 +61,8 @@ enum Anchor : unsigned {
   kStartPoint = 1u << 5,    // "ATOM      ATOMIC                      COORDINATES (BOHR)"
   kWeights = 1u << 6,       // "ATOMIC WEIGHTS (AMU)"
   kFrequency = 1u << 7,     // "      FREQUENCY:"
+  kFinal = 1u << 8,         // "FINAL ": "FINAL RHF ENERGY IS"
+  kMp2 = 1u << 9,           // "E(MP2)="
 };
 
 constexpr std::string_view kStateMultText = "STATE MULTIPLICITY                  =";
@@ -72,6 +76,7 @@ inline void AnchorsAt(std::string_view line, size_t p, int key, unsigned& hits) 
   switch (key) {
     case kCapitalN:
       if (Around(line, p, "NSERCH", 0)) hits |= kNserch;
+      if (Around(line, p, "FINAL ", 2)) hits |= kFinal;
       break;
     case kStar:
       if (Around(line, p, "LOCATED *****", 8)) hits |= kLocated;
@@ -84,6 +89,7 @@ inline void AnchorsAt(std::string_view line, size_t p, int key, unsigned& hits) 
     case kParen:
       if (Around(line, p, kStartPointText, kStartPointText.size() - 6)) hits |= kStartPoint;
       if (Around(line, p, "ATOMIC WEIGHTS (AMU)", 15)) hits |= kWeights;
+      if (Around(line, p, "E(MP2)=", 1)) hits |= kMp2;
       break;
     case kCapitalQ:
       if (Around(line, p, kFrequencyText, 9)) hits |= kFrequency;
@@ -105,6 +111,9 @@ struct GamessReader {
 
   // Modes per column block: 5, and 9 for PC GAMESS v.4.
   int width = 5;
+  // Sets that have their energy from an "NSERCH= ... ENERGY=" line; a final
+  // SCF or MP2 energy does not replace it.
+  std::vector<bool> stepEnergy;
 
   GamessReader(Session& session, LineReader& reader) : s(session), in(reader) {
     if (s.opt.formatCode == FormatCode::PcGamess4) width = 9;
@@ -132,6 +141,8 @@ struct GamessReader {
       return;  // the block has read past this line
     }
     if ((hits & kNserch) && !NoEnergies() && Contains(line, "ENERGY")) StepEnergy(line);
+    if ((hits & kFinal) && !NoEnergies() && Contains(line, "ENERGY IS")) FinalEnergy(line, line.find("ENERGY IS") + 9);
+    if ((hits & kMp2) && !NoEnergies()) FinalEnergy(line, line.find("E(MP2)=") + 7);
     if ((hits & kMaxGradient) && !NoEnergies()) {
       CoordSet& set = s.Set(s.iCyc);
       set.gmax = Real(line, 29, 11, 0, "maximum gradient");
@@ -158,7 +169,21 @@ struct GamessReader {
   void StepEnergy(std::string_view line) {
     const int step = static_cast<int>(Int(line, 18, 3, "step number"));
     const double e = Real(line, 33, 16, 0, "energy");
-    if (step >= -1) s.Set(step).energy = e;
+    if (step < -1) return;
+    s.Set(step).energy = e;
+    const size_t k = static_cast<size_t>(step + 1);
+    if (stepEnergy.size() <= k) stepEnergy.resize(k + 1);
+    stepEnergy[k] = true;
+  }
+
+  // The energy that follows `from` in the line, for the current set when no
+  // search step has given it one.
+  void FinalEnergy(std::string_view line, size_t from) {
+    const size_t k = static_cast<size_t>(s.iCyc + 1);
+    if (k < stepEnergy.size() && stepEnergy[k]) return;
+    const auto items = FreeFormItems(line.substr(from));
+    if (items.empty()) return;
+    if (auto v = ReadFreeReal(items.front(), PlaceIn(in, "final energy"))) s.Set(s.iCyc).energy = *v;
   }
 
   // "MULT  =": PC GAMESS prints the value three columns further right than
@@ -282,7 +307,7 @@ struct GamessReader {
       }
       if (!field) continue;  // SYMMETRY: and the like
       for (int k = 0; k < cols; ++k)
-        modes[static_cast<size_t>(first + k)].*field = Real(line, 21 + 12 * k, 12, 8, name) * factor;
+        modes[static_cast<size_t>(first + k)].*field = ModeValue(s, in, line, 21 + 12 * k, 12, 8, first + k + 1, name) * factor;
     }
     for (size_t a = 0; a < n; ++a) {
       for (int j = 0; j < 3; ++j) {

@@ -39,13 +39,16 @@ enum Anchor : unsigned {
   kMultiplicity = 1u << 0,   // " Multiplicity ="
   kHeading = 1u << 1,        // the orientation heading in force
   kScfDone = 1u << 2,        // "SCF Done:"
-  kMp2 = 1u << 3,            // "EUMP2 ="
+  kMp2 = 1u << 3,            // "EUMP2 =" or "EUMP2="
   kMaxForce = 1u << 4,       // "Maximum Force"
   kRmsForce = 1u << 5,       // "RMS     Force"
   kAtomicNumber = 1u << 6,   // " has atomic number"
   kHarmonic = 1u << 7,       // "armonic frequencies (cm**-1),"
   kEnthalpy = 1u << 8,       // " Enthalpy="
   kFreeEnergy = 1u << 9,     // " Free Energy="
+  kNIter = 1u << 10,         // "NIter=": the energy line of a semi-empirical SCF
+  kFieldStep = 1u << 11,     // "field step=": derivatives by finite differences
+  kOtherHeading = 1u << 12,  // an orientation heading not in force
 };
 
 constexpr KeyChars kKeys(":=F*b");
@@ -58,10 +61,14 @@ inline void AnchorsAt(std::string_view line, size_t p, int key, std::string_view
     case kColon:
       if (Around(line, p, heading, heading.size() - 1)) hits |= kHeading;
       if (Around(line, p, "SCF Done:", 8)) hits |= kScfDone;
+      if (Around(line, p, "Input orientation:", 17) || Around(line, p, "Z-Matrix orientation:", 20))
+        hits |= kOtherHeading;  // the heading in force is told apart by kHeading
       break;
     case kEqual:
       if (Around(line, p, " Multiplicity =", 14)) hits |= kMultiplicity;
-      if (Around(line, p, "EUMP2 =", 6)) hits |= kMp2;
+      if (Around(line, p, "EUMP2 =", 6) || Around(line, p, "EUMP2=", 5)) hits |= kMp2;
+      if (Around(line, p, "NIter=", 5)) hits |= kNIter;
+      if (Around(line, p, "field step=", 10)) hits |= kFieldStep;
       if (Around(line, p, " Enthalpy=", 9)) hits |= kEnthalpy;
       if (Around(line, p, " Free Energy=", 12)) hits |= kFreeEnergy;
       break;
@@ -120,8 +127,21 @@ struct GaussianReader {
 
   // The orientation heading in force: standard, input (/I) or Z-matrix (/Z).
   std::string_view heading;
+  // Headings seen that are not in force: where the geometries stand when
+  // the heading in force never comes (a job run with nosymm).
+  bool inputSeen = false, zMatrixSeen = false;
+  // The high-accuracy summaries go to the MainLog once, on the first pass.
+  bool secondPass = false;
 
-  GaussianReader(Session& session, LineReader& reader) : s(session), in(reader) {
+  // Derivatives by finite differences (numerical Raman activities and
+  // polarisabilities): the SCFs of the displaced points follow the first one
+  // of the step without a new geometry and must not replace its energy.
+  bool finiteDifferences = false;
+  int scfSet = -2;       // the set of the last "SCF Done"
+  int scfInSet = 0;      // and how many that set has had
+
+  GaussianReader(Session& session, LineReader& reader, bool again = false)
+      : s(session), in(reader), secondPass(again) {
     heading = s.opt.orientation == Orientation::Input   ? "Input orientation:"
               : s.opt.orientation == Orientation::ZMatrix ? "Z-Matrix orientation:"
                                            : "Standard orientation:";
@@ -151,13 +171,13 @@ struct GaussianReader {
   long long Int(std::string_view line, int first, int width, const char* field) {
     return FieldInt(in, line, first, width, field);
   }
-  // A real in a field of a mode row. Later revisions of Gaussian 09 and
+  // The width of a field of a mode row. Later revisions of Gaussian 09 and
   // Gaussian 16 print these rows one column further right, so a number that
   // runs on past the end of its field is read to its last digit.
-  double RowReal(std::string_view line, int first, const char* field) {
+  static int RowWidth(std::string_view line, int first) {
     int width = 10;
     while (static_cast<size_t>(first - 1 + width) < line.size() && !IsBlank(line[first - 1 + width])) ++width;
-    return Real(line, first, width, 4, field);
+    return width;
   }
 
   void operator()(std::string_view line) {
@@ -166,12 +186,15 @@ struct GaussianReader {
 
     if ((hits & kMultiplicity) && s.opt.multiplicity == -1)
       s.opt.multiplicity = static_cast<int>(Int(line, 28, 2, "multiplicity"));
+    if (hits & kOtherHeading) (Contains(line, "Input orientation:") ? inputSeen : zMatrixSeen) = true;
+    if (hits & kFieldStep) finiteDifferences = true;
     if (hits & kHeading) {
       ReadGeometry(line);
       return;  // the block has read past this line
     }
     if (hits & kScfDone) ScfDone(line);
-    if ((hits & kMp2) && !NoEnergies()) s.Set(s.iCyc).energy = Real(line, 36, 30, 0, "EUMP2 energy");
+    if ((hits & kNIter) && Contains(line, " Energy=")) SemiEmpiricalEnergy(line);
+    if ((hits & kMp2) && !NoEnergies() && !DisplacedPoint()) Mp2Energy(line);
     if ((hits & kMaxForce) && !NoEnergies()) s.Set(s.iCyc).gmax = ForceNorm(line, "Maximum Force");
     if ((hits & kRmsForce) && !NoEnergies()) s.Set(s.iCyc).grms = ForceNorm(line, "RMS Force");
     if ((hits & kAtomicNumber) && massCount >= 0 && massCount < s.nAtoms && Contains(line, "and mass")) Mass(line);
@@ -179,7 +202,7 @@ struct GaussianReader {
       ReadModes();
       return;
     }
-    if ((hits & kEnthalpy) && (hits & kFreeEnergy)) {
+    if ((hits & kEnthalpy) && (hits & kFreeEnergy) && !secondPass) {
       if (Contains(line, "G3")) return Summary(kG3);
       if (Contains(line, "G4")) return Summary(kG4);
       if (Contains(line, "CBS")) return Summary(kCbs);
@@ -188,7 +211,14 @@ struct GaussianReader {
 
   // ---- Energies and gradients ------------------------------------------------
 
+  // Whether the energies now met belong to a displaced point of a finite-
+  // difference job rather than to the geometry of the step.
+  bool DisplacedPoint() const { return finiteDifferences && scfSet == s.iCyc && scfInSet > 1; }
+
   void ScfDone(std::string_view line) {
+    if (scfSet != s.iCyc) scfSet = s.iCyc, scfInSet = 0;
+    ++scfInSet;
+    if (DisplacedPoint()) return;
     CoordSet& set = s.Set(s.iCyc);
     if (!NoEnergies()) {
       if (Contains(line, "SCF Done:  E(RHF) =")) set.energy = Real(line, 22, 17, 0, "SCF energy");
@@ -204,6 +234,29 @@ struct GaussianReader {
     if (from == std::string_view::npos || from >= au) return;
     std::string_view text = line.substr(from + 1, au - from - 1);
     if (auto v = ReadFreeReal(text, PlaceIn(in, "SCF energy"))) set.energy = *v;
+  }
+
+  // " Energy=   -0.0123 NIter=  12.": the SCF energy of a semi-empirical method.
+  void SemiEmpiricalEnergy(std::string_view line) {
+    if (scfSet != s.iCyc) scfSet = s.iCyc, scfInSet = 0;
+    ++scfInSet;
+    if (NoEnergies() || DisplacedPoint()) return;
+    const size_t from = line.find(" Energy=") + 8, to = line.find("NIter=");
+    if (to == std::string_view::npos || to <= from) return;
+    if (auto v = ReadFreeReal(line.substr(from, to - from), PlaceIn(in, "semi-empirical energy")))
+      s.Set(s.iCyc).energy = *v;
+  }
+
+  // "EUMP2 =" stands in fixed columns; some versions print "EUMP2=" with the
+  // number right behind it.
+  void Mp2Energy(std::string_view line) {
+    if (Contains(line, "EUMP2 =")) {
+      s.Set(s.iCyc).energy = Real(line, 36, 30, 0, "EUMP2 energy");
+      return;
+    }
+    const auto items = FreeFormItems(line.substr(line.find("EUMP2=") + 6));
+    if (items.empty()) return;
+    if (auto v = ReadFreeReal(items.front(), PlaceIn(in, "EUMP2 energy"))) s.Set(s.iCyc).energy = *v;
   }
 
   double ForceNorm(std::string_view line, const char* field) {
@@ -295,7 +348,10 @@ struct GaussianReader {
     // The block is built aside: a cut block cancels all modes, a good one
     // replaces whatever an earlier block gave.
     std::vector<VibMode> modes(static_cast<size_t>(3 * n));
-    for (auto& m : modes) m.disp.assign(un, Vec3{0.0, 0.0, 0.0});
+    for (auto& m : modes) {
+      m.disp.assign(un, Vec3{0.0, 0.0, 0.0});
+      m.given = false;  // until its frequency is read
+    }
 
     int count = modeBase;
     std::string_view line;
@@ -318,7 +374,17 @@ struct GaussianReader {
         else if (s.opt.raman ? Contains(line, "Raman Ac") : Contains(line, "IR Inten"))
           field = &VibMode::intensity, name = "intensity";
         if (!field) continue;
-        for (int k = 0; k < cols; ++k) modes[static_cast<size_t>(count + k)].*field = RowReal(line, 17 + 23 * k, name);
+        for (int k = 0; k < cols; ++k) {
+          VibMode& m = modes[static_cast<size_t>(count + k)];
+          const int first = 17 + 23 * k, width = RowWidth(line, first);
+          const std::string_view text = Columns(line, first, width);
+          if (field == &VibMode::freq) {
+            m.given = !Trim(text).empty();  // a projected job prints one vibration less
+            m.freq = Real(line, first, width, 4, name);  // without a frequency nothing sound is left
+          } else {
+            m.*field = ModeValue(s, in, line, first, width, 4, count + k + 1 - modeBase, name);
+          }
+        }
       }
       if (!atomHeading) return Cancel();
       for (size_t a = 0; a < un; ++a) {
@@ -406,9 +472,27 @@ struct GaussianReader {
 
 }  // namespace
 
-LineHandler MakeGaussianReader(Session& s, LineReader& in) {
-  auto reader = std::make_shared<GaussianReader>(s, in);
-  return [reader](std::string_view line) { (*reader)(line); };
+void ReadGaussianLog(Session& s, LineReader& in) {
+  GaussianReader reader(s, in);
+  std::string_view line;
+  while (in.Next(line)) reader(line);
+  if (s.coordsFound || s.opt.orientation != Orientation::Standard) return;  // /I and /Z are kept
+  if (!reader.inputSeen && !reader.zMatrixSeen) return;
+
+  // No standard orientation in the whole file (nosymm, or a Z-matrix job):
+  // read it again by the orientation that stands, Input before Z-Matrix.
+  const bool input = reader.inputSeen;
+  s.opt.orientation = input ? Orientation::Input : Orientation::ZMatrix;
+  s.log.EndLine();
+  s.log.Line(std::string(" WARNING! No Standard orientation in the file: ") +
+             (input ? "Input orientation" : "Z-Matrix orientation") + " is used");
+  s.inputMass.clear();
+  s.modes.clear();
+  s.Set(-1) = CoordSet{};
+  s.Set(0) = CoordSet{};
+  in.Rewind();
+  GaussianReader again(s, in, true);
+  while (in.Next(line)) again(line);
 }
 
 }  // namespace quintor

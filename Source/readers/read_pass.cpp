@@ -84,7 +84,6 @@ void AnnounceOrientation(Session& s) {
 }
 
 LineHandler MakeLineHandler(Session& s, LineReader& in, FormatCode code) {
-  if (IsGaussianLog(code)) return MakeGaussianReader(s, in);
   if (IsGamessLog(code)) return MakeGamessReader(s, in);
   return {};
 }
@@ -107,6 +106,18 @@ const Banner* FindBanner(std::string_view line) {
   for (const auto& b : kBanners)
     if (Contains(line, b.literal)) return &b;
   return nullptr;
+}
+
+double ModeValue(Session& s, const LineReader& in, std::string_view line, int first, int width, int decimals,
+                 int mode, const char* field) {
+  const std::string_view text = Columns(line, first, width);
+  if (Contains(text, "*") || Contains(text, "NaN") || Contains(text, "nan")) {
+    s.log.EndLine();
+    s.log.Line(" WARNING! Mode" + FmtI(mode, 5) + ": " + field + " overflowed its field (" +
+               std::string(Trim(text)) + ") at line" + FmtI(in.LineNumber(), 9) + "; 0 is used");
+    return 0.0;
+  }
+  return FieldReal(in, line, first, width, decimals, field);
 }
 
 void StartGeometry(Session& s) {
@@ -159,7 +170,9 @@ void ReadPass(Session& s, LineReader& in, const GoOnWithoutCoordinates& goOn) {
   } else if (IsLineDriven(code)) {
     s.log.Line(RequestedMessage(code));
   }
-  if (code != FC::Automatic && !IsLineDriven(code)) {
+  if (IsGaussianLog(code)) {
+    ReadGaussianLog(s, in);
+  } else if (code != FC::Automatic && !IsLineDriven(code)) {
     RunTakeOverReader(s, in, code);  // its first message completes the format line
   } else if (code != FC::Automatic) {
     LineHandler handler = MakeLineHandler(s, in, code);
@@ -233,6 +246,9 @@ void PrintCycleTable(Session& s) {
     if (c.gmax < s.lowestGMax && !(last && c.gmax == 0.0)) s.lowestGMax = c.gmax, s.lowestGMaxStep = i;
     if (c.grms < s.lowestGRms && !(last && c.grms == 0.0)) s.lowestGRms = c.grms, s.lowestGRmsStep = i;
   }
+  // A run that stored only its starting geometry (a frequency or single-point
+  // job) keeps its energy there.
+  if (s.iCyc == -1 && s.Set(-1).energy < 0.0) s.lowestEnergy = s.Set(-1).energy, s.lowestEnergyStep = -1;
   s.log.Line(" Lowest Energy:  Step" + FmtI(s.lowestEnergyStep, 5) + "  Energy =" + FmtF(s.lowestEnergy, 20, 8));
   s.log.Line(" Lowest GMax  :  Step" + FmtI(s.lowestGMaxStep, 5) + "  GMax   =" + FmtF(s.lowestGMax, 18, 6));
   s.log.Line(" Lowest GRms  :  Step" + FmtI(s.lowestGRmsStep, 5) + "  GRms   =" + FmtF(s.lowestGRms, 18, 6));

@@ -43,6 +43,14 @@ void AddAtom(Session& s, int z, const Vec3& bohr);
 // The readers never read the keyboard; the top layer asks the user.
 using GoOnWithoutCoordinates = std::function<bool()>;
 
+// A value of a mode block (intensity, Raman activity, reduced mass, force
+// constant) in columns first..first+width-1. A field the program filled with
+// asterisks or NaN, because the value did not fit, gives 0 and a warning
+// naming the mode and the field, so that one overflowed column does not end
+// the run; any other text that is no number stops it as usual.
+double ModeValue(Session& s, const LineReader& in, std::string_view line, int first, int width, int decimals,
+                 int mode, const char* field);
+
 // Runs the read pass and the finishing stage on the open input.
 void ReadPass(Session& s, LineReader& in, const GoOnWithoutCoordinates& goOn = {});
 // The finishing stage alone.

@@ -8,10 +8,10 @@
 namespace quintor {
 
 // Line-driven readers: made once the format is known, then fed every line.
-LineHandler MakeGaussianReader(Session& s, LineReader& in);
 LineHandler MakeGamessReader(Session& s, LineReader& in);
 
 // Readers that take over the file and read it to its end.
+void ReadGaussianLog(Session& s, LineReader& in);
 void ReadKorvandelLog(Session& s, LineReader& in);
 void ReadPlainXyz(Session& s, LineReader& in);
 void ReadPatternInput(Session& s, LineReader& in);

@@ -26,21 +26,31 @@ constexpr double MomentTolerance = 0.001;
 
 // ---- Printed layouts --------------------------------------------------------
 
+// A value that is no finite number prints as asterisks; the line before it
+// names the quantity, so that a table never shows a silent NaN.
+void GuardFinite(Session& s, std::string_view name, double v) {
+  if (std::isfinite(v)) return;
+  s.log.Line(" WARNING! " + std::string(Trim(name)) + " is not a finite number and is printed as asterisks");
+}
+
 // " Qelec = " E15.5 "   ln(Qelec)=" F12.5 "   lg(Qelec)=" F12.5
 void QLine(Session& s, std::string_view name, double q) {
   const std::string n(name);
+  GuardFinite(s, "Q" + n, q);
   s.log.Line(" Q" + n + " = " + FmtE(q, 15, 5) + "   ln(Q" + n + ")=" + FmtF(std::log(q), 12, 5) + "   lg(Q" + n +
              ")=" + FmtF(std::log10(q), 12, 5));
 }
 
 // A heat capacity or an entropy, J/K/mol, with its cal and Hartree values.
 void CLine(Session& s, const std::string& label, double v) {
+  GuardFinite(s, label.substr(0, label.find('=')), v);
   s.log.Line(label + FmtF(v, 10, 3) + " J/K/mol" + FmtF(v * JToCal, 10, 3) + " cal/K/mol" +
              FmtF(v * JPerMolToHartree, 16, 8) + " Hartree/K");
 }
 
 // An energy, kJ/mol, with its kcal and Hartree values.
 void ELine(Session& s, const std::string& label, double v) {
+  GuardFinite(s, label.substr(0, label.find('=')), v);
   s.log.Line(label + FmtF(v, 10, 3) + "  kJ/mol" + FmtF(v * JToCal, 10, 3) + "  kcal/mol" +
              FmtF(v * KJPerMolToHartree, 16, 8) + " Hartree  ");
 }
@@ -185,7 +195,9 @@ void Rotational(Session& s, ThermoState& t, bool quiet) {
   const double R = GasConstant;
   TDResult& r = t.rot;
   r = TDResult{};
-  if (!t.linear) {
+  if (t.moments[0] < MomentTolerance * toSI) {
+    // A single atom does not rotate: Q = 1, and nothing else.
+  } else if (!t.linear) {
     const double A = 8.0 * Pi * Pi * Boltzmann * T / (Planck * Planck);
     r.q = std::sqrt(Pi * A * A * A * I1 * I2 * I3) / sigma;
     r.cv = r.cp = 1.5 * R;
@@ -288,8 +300,14 @@ void Vibrational(Session& s, ThermoState& t, bool quiet) {
       v.cv += t.cvib[i];
       ++t.nVibUsed;
     }
-    if (!quiet)
-      s.log.Line(FmtI(static_cast<long long>(i + 1), 4) + FmtF(m.freq, 9, 3) + FmtF(m.intensity, 9, 3) +
+    if (quiet) continue;
+    for (double v : {t.svib[i], t.zpe[i], t.hh0[i], t.hvib[i], t.gvib[i], t.cvib[i], t.qvib[i]})
+      if (!std::isfinite(v)) {
+        s.log.Line(" WARNING! Mode" + FmtI(static_cast<long long>(i + 1), 5) +
+                   " has values that are not finite numbers; they are printed as asterisks");
+        break;
+      }
+    s.log.Line(FmtI(static_cast<long long>(i + 1), 4) + FmtF(m.freq, 9, 3) + FmtF(m.intensity, 9, 3) +
                  FmtF(m.scaledFreq, 9, 3) + FmtF(m.redMass, 9, 2) + FmtX(1) + FmtI(static_cast<int>(m.use), 2) + FmtF(t.theta[i], 9, 3) +
                  FmtF(t.svib[i], 9, 3) + FmtF(t.zpe[i], 9, 3) + FmtF(t.hh0[i], 9, 3) + FmtF(t.hvib[i], 9, 3) +
                  FmtF(t.gvib[i], 9, 3) + FmtF(t.cvib[i], 9, 3) + FmtE(t.qvib[i], 12, 5));
@@ -357,6 +375,7 @@ void MarkUsedModes(Session& s, bool linear) {
       m.use = ModeUse::Zero;
     }
     if (m.freq < 0.0 && (s.opt.allPositive || m.freq > s.opt.positiveFreqLimit)) m.use = ModeUse::ImaginaryAsReal;
+    if (!m.given) m.use = ModeUse::Zero;  // a slot of a projected job that the log left empty
   }
 }
 
@@ -396,6 +415,11 @@ void ThermoAtTP(Session& s, bool quiet) {
     s.log.Line(" WARNING! Internal rotations are not evaluated in this version");
   if (quiet) {
     const TDResult& r = t.tot;
+    for (auto [name, v] : {std::pair{"CV", r.cv}, {"CP", r.cp}, {"U", r.u}, {"H", r.h}, {"S", r.s}, {"G", r.g},
+                           {"Q", r.q}, {"ln(Q)", r.lnQ}})
+      if (!std::isfinite(v))
+        s.log.Line(" WARNING! " + std::string(name) + " at T =" + FmtF(o.temperature, 10, 3) +
+                   " K is not a finite number and is printed as asterisks");
     s.log.Line(FmtF(o.temperature, 10, 3) + FmtF(r.cv, 10, 3) + FmtF(r.cp, 10, 3) + FmtF(r.u, 10, 3) +
                FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 15, 5) + FmtF(r.lnQ, 12, 5));
   }
