@@ -15,11 +15,12 @@ namespace {
 
 // Option words in the order they are tested. Since each is a prefix test the
 // order matters: /ROTNUM before /ROT, /ARIR and /AU before /A, /CFOUR before
-// /C, /V@ before /V, and /PREC takes /PRECAU and /PRECNM along.
+// /C, /V@ before /V, and /PREC takes /PRECAU and /PRECNM along. /CSV@ is
+// tested before /C as /CFOUR is.
 enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
-  SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC
+  SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV
 };
 
 struct OptionWord {
@@ -27,19 +28,19 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 46> kOptions = {{
-    {"/X", Opt::X},         {"/NXYZ", Opt::NXYZ},     {"/NDXYZ", Opt::NDXYZ},   {"/DNXYZ", Opt::DNXYZ},
-    {"/TT", Opt::TT},       {"/PP", Opt::PP},         {"/ROTNUM", Opt::ROTNUM}, {"/ROT", Opt::ROT},
-    {"/ORIENT", Opt::ORIENT}, {"/TS", Opt::TS},       {"/AU", Opt::AU},         {"/BOHR", Opt::BOHR},
-    {"/NM", Opt::NM},       {"/PREC", Opt::PREC},     {"/ARIR", Opt::ARIR},     {"/A", Opt::A},
-    {"/GAM4", Opt::GAM4},   {"/GAM5", Opt::GAM5},     {"/GAM7", Opt::GAM7},     {"/GAMUS", Opt::GAMUS},
-    {"/G94", Opt::G94},     {"/G98", Opt::G98},       {"/G03", Opt::G03},       {"/G09", Opt::G09},
-    {"/PRIR", Opt::PRIR},   {"/CFOUR", Opt::CFOUR},   {"/GZ", Opt::GZ},         {"/PAT", Opt::PAT},
-    {"/HB", Opt::HB},       {"/FX", Opt::FX},         {"/RX", Opt::RX},         {"/FP", Opt::FP},
-    {"/C", Opt::C},         {"/@", Opt::SPEC},        {"/THERMO", Opt::THERMO}, {"/V@", Opt::VIEWFILE},
-    {"/V", Opt::VIEW},      {"/SCALE", Opt::SCALE},   {"/SYMEPS", Opt::SYMEPS}, {"/NOSYM", Opt::NOSYM},
-    {"/NOLOG", Opt::NOLOG}, {"/NOE", Opt::NOE},       {"/RAMAN", Opt::RAMAN},   {"/0", Opt::NOGRAPHICS},
-    {"/MULT", Opt::MULT},   {"/IRMC", Opt::IRMC},
+constexpr std::array<OptionWord, 48> kOptions = {{
+    {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
+    {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
+    {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
+    {"/NM", Opt::NM},          {"/PREC", Opt::PREC},      {"/ARIR", Opt::ARIR},      {"/A", Opt::A},
+    {"/GAM4", Opt::GAM4},      {"/GAM5", Opt::GAM5},      {"/GAM7", Opt::GAM7},      {"/GAMUS", Opt::GAMUS},
+    {"/G94", Opt::G94},        {"/G98", Opt::G98},        {"/G03", Opt::G03},        {"/G09", Opt::G09},
+    {"/PRIR", Opt::PRIR},      {"/CFOUR", Opt::CFOUR},    {"/GZ", Opt::GZ},          {"/PAT", Opt::PAT},
+    {"/HB", Opt::HB},          {"/FX", Opt::FX},          {"/RX", Opt::RX},          {"/FP", Opt::FP},
+    {"/CSV@", Opt::CSV},       {"/JSON", Opt::JSON},      {"/C", Opt::C},            {"/@", Opt::SPEC},
+    {"/THERMO", Opt::THERMO},  {"/V@", Opt::VIEWFILE},    {"/V", Opt::VIEW},         {"/SCALE", Opt::SCALE},
+    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},    {"/NOE", Opt::NOE},
+    {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},      {"/IRMC", Opt::IRMC},
 }};
 
 std::string Cut(std::string_view s, size_t n) { return std::string(s.substr(0, std::min(s.size(), n))); }
@@ -210,6 +211,8 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       r.Int(value, o.multiplicity);
       if (!FreeFormItems(value).empty() && o.multiplicity <= 0) o.multiplicity = 1;
       break;
+    case Opt::JSON: o.json = true; break;
+    case Opt::CSV: o.csvFile = Cut(Trim(original), MaxLine); break;
     case Opt::IRMC: {
       o.monteCarlo = true;
       int n = 0;
@@ -309,6 +312,8 @@ std::string UsageText() {
       "\n"
       " Run flags:\n"
       "   /0 - batch mode: no windows, read, report and evaluate unattended\n"
+      "   /json - also write the results to <input>.json beside the MainLog\n"
+      "   /csv@<file> - append one summary row of the run to <file> (header when new)\n"
       "   /nolog - do not keep the log file\n"
       "   -h, --help, /? - this text;  --version - version and build number\n",
       VersionText, BuildNumber);

@@ -81,6 +81,7 @@ void PostReadReport(Session& s) {
   const RotationNumberChoice rotation = ChooseRotationNumber(
       symmetry.off ? 1 : symmetry.RotationNumber(), s.opt.rotationNumberByUser, s.opt.rotationNumber);
   s.opt.rotationNumber = rotation.value;
+  s.pointGroup = std::string(Trim(symmetry.groupName));
   s.opt.symEps = symmetry.symEpsAfter;
   s.log.Line();
   WriteLines(s, SymmetryReportLines(symmetry, rotation));

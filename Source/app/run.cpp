@@ -9,6 +9,7 @@
 
 #include "app/command_line.h"
 #include "app/report.h"
+#include "app/results.h"
 #include "io/file_names.h"
 #include "io/fortran_io.h"
 #include "io/line_reader.h"
@@ -179,9 +180,16 @@ int StopWithMessage(Session& s, const std::string& message, int status) {
   return Stop(s, status);
 }
 
-}  // namespace
+// The results a script reads (/JSON, /CSV@), for every run that was asked
+// for, also one that stopped: in a sweep no log goes missing.
+void ReportResults(Session& s, int status) {
+  if (s.opt.json && !s.files.logName.empty() && !WriteResultsJson(s, status))
+    s.Console() << " WARNING! Can not write " << DerivedName(s.files.inputName, ".json") << "\n";
+  if (!s.opt.csvFile.empty() && !AppendCsvRow(s.opt.csvFile, s, status))
+    s.Console() << " WARNING! Can not append to " << s.opt.csvFile << "\n";
+}
 
-int RunQuintor(Session& s, const std::vector<std::string>& args) {
+int RunSession(Session& s, const std::vector<std::string>& args, bool& asked) {
   LineReader in;
   try {
     switch (ParseCommandLine(s, args)) {
@@ -192,6 +200,7 @@ int RunQuintor(Session& s, const std::vector<std::string>& args) {
         s.Console() << " " << VersionText << " (build number " << BuildNumber << ")\n";
         return exit_status::Ok;
       case CommandLineAction::Run:
+        asked = true;
         break;
     }
     int status = exit_status::Ok;
@@ -207,6 +216,7 @@ int RunQuintor(Session& s, const std::vector<std::string>& args) {
     s.view = StartingView(s.opt);  // under /0 the view is never touched
     return EndRun(s);
   } catch (const FatalReadError& e) {
+    asked = true;  // also a bad option value
     return StopWithMessage(s, e.what(), exit_status::ReadError);
   } catch (const RunStop& stop) {
     return Stop(s, stop.status);
@@ -217,6 +227,15 @@ int RunQuintor(Session& s, const std::vector<std::string>& args) {
   } catch (const std::exception& e) {
     return StopWithMessage(s, std::string(" FATAL ERROR: ") + e.what(), exit_status::Internal);
   }
+}
+
+}  // namespace
+
+int RunQuintor(Session& s, const std::vector<std::string>& args) {
+  bool asked = false;
+  const int status = RunSession(s, args, asked);
+  if (asked) ReportResults(s, status);
+  return status;
 }
 
 }  // namespace quintor

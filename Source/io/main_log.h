@@ -27,12 +27,15 @@ class MainLog {
   void WritePending();
   // Closes the file; with `remove` the file is deleted (the /NOLOG scratch log).
   void Close(bool remove = false);
+  // The first line written that begins " WARNING", for the summary of a sweep.
+  const std::string& FirstWarning() const { return firstWarning_; }
 
  private:
   std::FILE* file_ = nullptr;
   std::string path_;
   bool lineOpen_ = false;
   std::string pending_;
+  std::string firstWarning_;
 };
 
 }  // namespace quintor

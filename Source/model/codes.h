@@ -38,6 +38,33 @@ constexpr bool IsGamessLog(FormatCode c) {
          c == FormatCode::GamessUS;
 }
 
+// The name of a format for reports: "Gaussian 09", "GAMESS(US)", ...
+constexpr const char* FormatName(FormatCode c) {
+  switch (c) {
+    case FormatCode::Automatic: return "unknown";
+    case FormatCode::Gamess: return "GAMESS v.5, 6";
+    case FormatCode::Gaussian94: return "Gaussian 94";
+    case FormatCode::PcGamess4: return "PC GAMESS v.4";
+    case FormatCode::Gaussian98: return "Gaussian 98";
+    case FormatCode::Korvandel: return "KORVANDEL";
+    case FormatCode::Nxyz: return "NXYZ";
+    case FormatCode::Ndxyz: return "NDXYZ";
+    case FormatCode::Dnxyz: return "DNXYZ";
+    case FormatCode::Pattern: return "pattern";
+    case FormatCode::OwnLog: return "QUINTOR log";
+    case FormatCode::Gaussian03: return "Gaussian 03";
+    case FormatCode::LabelledXyz: return "labelled XYZ";
+    case FormatCode::Gxyz: return "GXYZ";
+    case FormatCode::GaussianZMatrix: return "Gaussian Z-matrix";
+    case FormatCode::PcGamess7: return "PC GAMESS v.7";
+    case FormatCode::Gaussian09: return "Gaussian 09";
+    case FormatCode::Priroda: return "Priroda";
+    case FormatCode::Cfour: return "CFOUR";
+    case FormatCode::GamessUS: return "GAMESS(US)";
+  }
+  return "unknown";
+}
+
 // Which orientation of a Gaussian log gives the geometries.
 enum class Orientation : int { Standard = 0, Input = 1, ZMatrix = 2 };  // default, /I, /Z
 

@@ -111,6 +111,8 @@ struct Options {
   std::string viewFile;               // /V@
   int maxCycles = DefaultMaxCycles;   // /C
   bool specNameExplicit = false;      // /@
+  bool json = false;                  // /JSON: <base>.json beside the MainLog
+  std::string csvFile;                // /CSV@file: one summary row per run appended
 };
 
 // Names of the files of the run.
@@ -162,6 +164,7 @@ struct Session {
   // ---- Modes, rotations ---------------------------------------------------------
   std::vector<VibMode> modes;
   int nImag = 0;
+  std::string pointGroup;             // of the strict pass, as the report names it
   std::vector<int> zeroModes;         // ZERO list of the SpecFile, as given
   int nZero = 0;                      // its non-zero entries
   std::vector<IntRot> rotors;

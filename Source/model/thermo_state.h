@@ -20,6 +20,22 @@ struct TDResult {
   double g = 0.0;     // kJ/mol
 };
 
+// One row of a temperature table.
+struct TableRow {
+  double temperature = 0.0;  // K
+  TDResult tot;
+};
+
+// What the end of a run reports besides the MainLog (/JSON, /CSV@): the full
+// evaluation at the run's temperature and pressure and the temperature tables.
+struct ThermoReport {
+  bool evaluated = false;
+  double temperature = 0.0, pressure = 0.0;  // K, Pa
+  double zpeTot = 0.0;                       // kJ/mol
+  TDResult elec, tran, rot, vib, tot;
+  std::vector<TableRow> fixedTable, requestedTable;
+};
+
 // What one evaluation leaves behind for the internal-rotation treatment and
 // for the next evaluation. The per-mode arrays have one entry per mode of the
 // Session (index 0 is mode 1); they are sized by CalcTD and only cleared,
@@ -48,6 +64,8 @@ struct ThermoState {
   std::array<double, 6> tensorSeen{};
   std::array<double, 3> momentsSeen{};
   bool tensorKnown = false;
+
+  ThermoReport report;
 
   void SizeFor(size_t nModes);
 };

@@ -1,6 +1,7 @@
 // The evaluation at the end of a run: the geometry and frequencies to use,
 // the full evaluation at the Session's temperature and pressure, the fixed
 // temperature table and the table of requested temperatures.
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <string_view>
@@ -25,11 +26,14 @@ void TableTitle(Session& s, std::string_view which) {
 }
 
 // `count` rows from `first` on, T growing by adding `step`.
-void TableRows(Session& s, double first, double step, long long count) {
+void TableRows(Session& s, double first, double step, long long count, std::vector<TableRow>& rows) {
+  rows.clear();
+  rows.reserve(static_cast<size_t>(std::max(count, 0LL)));
   double T = first;
   for (long long k = 0; k < count; ++k) {
     s.opt.temperature = T;
     ThermoAtTP(s, true);
+    rows.push_back({T, s.thermo.tot});
     T += step;
   }
 }
@@ -61,6 +65,13 @@ void CalcTD(Session& s, bool structureEdited) {
   s.thermo.SizeFor(s.modes.size());
 
   ThermoAtTP(s, false);
+  ThermoReport& report = s.thermo.report;
+  const ThermoState& t = s.thermo;
+  report.evaluated = true;
+  report.temperature = s.opt.temperature;
+  report.pressure = s.opt.pressure;
+  report.zpeTot = t.zpeTot;
+  report.elec = t.elec, report.tran = t.tran, report.rot = t.rot, report.vib = t.vib, report.tot = t.tot;
 
   if (s.modes.empty()) {
     s.log.Line(" ***** W A R N I N G !");
@@ -74,7 +85,7 @@ void CalcTD(Session& s, bool structureEdited) {
   TableHead(s);
   // The tables generate no coordinate files.
   s.opt.genCoordAngle = 0.0;
-  TableRows(s, 10.0, 10.0, 50);
+  TableRows(s, 10.0, 10.0, 50, report.fixedTable);
   s.log.Line(Ruler97);
 
   if (!s.opt.tempTableRequested) {
@@ -89,7 +100,7 @@ void CalcTD(Session& s, bool structureEdited) {
   TableTitle(s, "requested");
   TableHead(s);
   const auto count = static_cast<long long>((step - first + last) / step);
-  TableRows(s, first, step, count);
+  TableRows(s, first, step, count, report.requestedTable);
   s.log.Line(Ruler97);
   if (structureEdited) EditedWarning(s, "were");
 }
