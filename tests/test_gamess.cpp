@@ -341,33 +341,6 @@ TEST(GamessChangedLogs, TheLastModeBlockWins) {
   }
 }
 
-TEST(GamessChangedLogs, AFileCutInsideAModeBlockHasNoModes) {
-  SKIP_WITHOUT_TESTDATA();
-  const std::string text = Nh3Text();
-  const size_t modes = text.find("       FREQUENCY:");
-  // Cut in the displacement rows of the last block, in the rows above the
-  // displacements, in the Sayvetz rows and right after the first frequency line.
-  const std::vector<size_t> cuts{text.find("  3   HYDROGEN     X", text.find("3661.48", modes)),
-                                 text.find("    REDUCED MASS:      1.00783     1.00783", modes),
-                                 text.find("   ROT. SAYVETZ    X -0.90653422", modes), modes};
-  for (size_t at : cuts) {
-    ASSERT_NE(at, std::string::npos);
-    SCOPED_TRACE(text.substr(at, 40));
-    TextRun run(text.substr(0, text.find('\n', at) + 1));
-    EXPECT_EQ(run.r.status, 0) << run.r.console;
-    EXPECT_EQ(run.s.nAtoms, 4);
-    EXPECT_TRUE(run.s.massBlockRead);
-    EXPECT_TRUE(run.s.modes.empty());
-  }
-  // A cut after a good block read earlier takes that block with it.
-  const std::string block = Nh3ModeBlock(text);
-  std::string twice = text;
-  twice.insert(text.find(block) + block.size(), block);
-  size_t second = twice.find("       FREQUENCY:", twice.find(block) + block.size());
-  TextRun run(twice.substr(0, twice.find('\n', second + 200)));
-  EXPECT_TRUE(run.s.modes.empty());
-}
-
 TEST(GamessChangedLogs, AnUnreadableFieldStopsTheRun) {
   SKIP_WITHOUT_TESTDATA();
   const std::string gopt = ReadFile(TestData("pcgamess/dvb_gopt_v6.log"));
@@ -384,17 +357,6 @@ TEST(GamessChangedLogs, AnUnreadableFieldStopsTheRun) {
     EXPECT_EQ(run.r.status, exit_status::ReadError);
     EXPECT_NE(run.r.console.find(" FATAL READ ERROR"), std::string::npos) << run.r.console;
   }
-}
-
-TEST(GamessChangedLogs, ASearchPointCutBeforeItsCoordinates) {
-  SKIP_WITHOUT_TESTDATA();
-  // The sets before it stand; the point itself is not a set.
-  const std::string gopt = ReadFile(TestData("pcgamess/dvb_gopt_v6.log"));
-  size_t at = gopt.find("1NSERCH=   5");
-  TextRun run(gopt.substr(0, gopt.find('\n', at) + 1));
-  EXPECT_EQ(run.r.status, 0);
-  EXPECT_EQ(run.s.iCyc, 4);
-  EXPECT_EQ(run.s.nAtoms, 20);
 }
 
 // ---- Made logs --------------------------------------------------------------------------
@@ -415,32 +377,6 @@ std::string StartingPoint(const std::vector<MadeAtom>& atoms) {
     t += buf;
   }
   return t + "\n";
-}
-
-std::string SearchPoint(int step, const std::vector<MadeAtom>& atoms, double shift) {
-  char buf[160];
-  std::snprintf(buf, sizeof buf, "1NSERCH=%4d\n\n", step);
-  std::string t = buf;
-  t += " COORDINATES OF ALL ATOMS ARE (ANGS)\n"
-       "   ATOM   CHARGE       X              Y              Z\n"
-       " ------------------------------------------------------------\n";
-  for (const auto& a : atoms) {
-    std::snprintf(buf, sizeof buf, " %-11s%4.1f%15.10f%15.10f%15.10f\n", a.name, a.charge, a.x + shift, a.y, a.z);
-    t += buf;
-  }
-  return t + "\n";
-}
-
-std::string Energy(int step, double e) {
-  char buf[96];
-  std::snprintf(buf, sizeof buf, "          NSERCH=%3d     ENERGY=%16.7f\n", step, e);
-  return buf;
-}
-
-std::string Gradient(double gmax, double grms) {
-  char buf[96];
-  std::snprintf(buf, sizeof buf, "          MAXIMUM GRADIENT =%11.7f    RMS GRADIENT =%10.7f\n", gmax, grms);
-  return buf;
 }
 
 std::string Weights(const std::vector<MadeAtom>& atoms, const std::vector<double>& masses) {
@@ -548,70 +484,6 @@ TEST(GamessMadeLogs, NineColumnBlocksOfVersion4) {
   // Forced by option, without a banner.
   TextRun forced(text.substr(text.find('\n') + 1), {"/GAM4"});
   CheckMadeModes(forced.s, 4, true);
-}
-
-TEST(GamessMadeLogs, TheLastBlockOfNineAtomsHasTwoColumns) {
-  const auto atoms = Chain(9);
-  std::string text = std::string(kPc5) + StartingPoint(atoms) + ModeBlock(9, 5, 12) + " END OF RUN\n";
-  TextRun run(text);
-  ASSERT_EQ(run.r.status, 0) << run.r.console;
-  CheckMadeModes(run.s, 9);
-  // No mass block: the table.
-  EXPECT_FALSE(run.s.massBlockRead);
-  EXPECT_DOUBLE_EQ(run.s.atomMass[8], 12.0);
-}
-
-TEST(GamessMadeLogs, ASinglePointHasOnlyTheStartingSet) {
-  const std::vector<MadeAtom> atoms{{"O", 8.0, 0.0, 0.0, 0.2}, {"H", 1.0, 0.0, 1.4, -0.9}, {"H", 1.0, 0.0, -1.4, -0.9}};
-  TextRun run(std::string(kPc5) + " STATE MULTIPLICITY                  =    2\n" + StartingPoint(atoms) +
-              Weights(atoms, {15.99491, 2.0141, 1.00782}));
-  ASSERT_EQ(run.r.status, 0) << run.r.console;
-  const Session& s = run.s;
-  EXPECT_EQ(s.iCyc, -1);
-  EXPECT_EQ(s.nAtoms, 3);
-  EXPECT_EQ(s.opt.multiplicity, 2);
-  EXPECT_EQ(s.atomicNumber, (std::vector<int>{8, 1, 1}));
-  EXPECT_DOUBLE_EQ(s.Set(-1).xyz[1][1], 1.4);
-  EXPECT_EQ(s.xyz.size(), 3u);
-  EXPECT_DOUBLE_EQ(s.atomMass[1], 2.0141);
-  EXPECT_DOUBLE_EQ(s.molMass, 15.99491 + 2.0141 + 1.00782);
-  EXPECT_NE(run.r.log.find(" Coordinate sets found:    0"), std::string::npos);
-}
-
-TEST(GamessMadeLogs, EnergiesGoByTheirStepNumber) {
-  const auto atoms = Chain(2);
-  // An energy of step 0 before any geometry waits in set 0; step 2 is
-  // printed before step 1; the gradient goes with the current set.
-  std::string text = std::string(kPc5) + StartingPoint(atoms) + Energy(0, -75.5) + SearchPoint(0, atoms, 0.0) +
-                     Gradient(0.05, 0.01) + SearchPoint(1, atoms, 0.1) + Energy(2, -75.7) + Energy(1, -75.6) +
-                     Gradient(0.02, 0.005) + SearchPoint(2, atoms, 0.2) +
-                     "      ***** EQUILIBRIUM GEOMETRY LOCATED *****\n" + SearchPoint(3, atoms, 0.3).substr(14);
-  TextRun run(text);
-  ASSERT_EQ(run.r.status, 0) << run.r.console;
-  const Session& s = run.s;
-  EXPECT_EQ(s.iCyc, 3);
-  EXPECT_DOUBLE_EQ(s.Set(0).energy, -75.5);
-  EXPECT_DOUBLE_EQ(s.Set(1).energy, -75.6);
-  EXPECT_DOUBLE_EQ(s.Set(2).energy, -75.7);
-  EXPECT_EQ(s.Set(3).energy, 0.0);
-  EXPECT_DOUBLE_EQ(s.Set(0).gmax, 0.05);
-  EXPECT_DOUBLE_EQ(s.Set(1).grms, 0.005);
-  EXPECT_EQ(s.Set(2).gmax, 999999.0);
-  EXPECT_DOUBLE_EQ(s.Set(3).xyz[1][0], 1.8 * constants::AngstromToBohr);
-  EXPECT_DOUBLE_EQ(s.Set(-1).xyz[1][0], 1.5);
-  EXPECT_EQ(s.lowestEnergyStep, 2);
-}
-
-TEST(GamessMadeLogs, TooManyCyclesStopTheRun) {
-  const auto atoms = Chain(2);
-  std::string text = std::string(kPc5) + StartingPoint(atoms);
-  for (int i = 0; i < 4; ++i) text += SearchPoint(i, atoms, 0.1 * i);
-  TextRun run(text, {"/C2"});
-  EXPECT_EQ(run.r.status, exit_status::Limit);
-  EXPECT_NE(run.r.console.find(" Maximum number of cycles (  2) exceeded!"), std::string::npos);
-  TextRun fits(text, {"/C3"});
-  EXPECT_EQ(fits.r.status, 0);
-  EXPECT_EQ(fits.s.iCyc, 3);
 }
 
 TEST(GamessMadeLogs, RamanActivitiesUnderTheRamanOption) {

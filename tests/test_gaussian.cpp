@@ -346,58 +346,6 @@ TEST(GaussianChangedLogs, TheLastModeBlockWins) {
   }
 }
 
-TEST(GaussianChangedLogs, AFileCutInsideAModeBlockHasNoModes) {
-  SKIP_WITHOUT_TESTDATA();
-  const std::string text = WaterText();
-  // Cut in the displacement rows, in the rows above them, and right after
-  // the heading: the geometries stand, the modes do not.
-  for (const std::string cutAfter : {"     2   1     0.00   0.43   0.56", " Frc consts  --",
-                                     "and normal coordinates:"}) {
-    SCOPED_TRACE(cutAfter);
-    size_t at = text.find(cutAfter, text.find(" Harmonic frequencies"));
-    ASSERT_NE(at, std::string::npos);
-    TextRun run(text.substr(0, text.find('\n', at) + 1));
-    EXPECT_EQ(run.r.status, 0);
-    EXPECT_EQ(run.s.iCyc, 4);
-    EXPECT_TRUE(run.s.modes.empty());
-  }
-  // A cut in the second column block of a bigger molecule, after a good
-  // block read earlier: all modes go.
-  std::string dvb = ReadFile(TestData("gaussian03/dvb_ir.log"));
-  size_t second = dvb.find(" Frequencies --", dvb.find(" Frequencies --") + 1);
-  TextRun run(dvb.substr(0, second));
-  EXPECT_TRUE(run.s.modes.empty());
-  EXPECT_EQ(run.s.iCyc, 0);
-}
-
-TEST(GaussianChangedLogs, AsterisksOrNaNInAMassGiveTableMassesForAll) {
-  SKIP_WITHOUT_TESTDATA();
-  // Gaussian 03: the asterisks stand in columns 39-48. Hydrogen has 1.00783
-  // in the log and the isotope mass of the table.
-  const std::string dvb = ReadFile(TestData("gaussian03/dvb_ir.log"));
-  {
-    LogRun plain(TestData("gaussian03/dvb_ir.log"));
-    ASSERT_EQ(plain.s.atomicNumber[5], 1);
-    EXPECT_DOUBLE_EQ(plain.s.atomMass[5], 1.00783);
-  }
-  for (const std::string bad : {"**********", "       NaN"}) {
-    SCOPED_TRACE(bad);
-    // Atom 7, a hydrogen, after the masses of six atoms were read.
-    std::string text = Replace(dvb, "Atom  7 has atomic number  1 and mass   1.00783",
-                               "Atom  7 has atomic number  1 and mass" + bad);
-    TextRun run(text);
-    ASSERT_EQ(run.s.atomMass.size(), 20u);
-    for (int i = 0; i < 20; ++i) EXPECT_DOUBLE_EQ(run.s.atomMass[i], DefaultMass(run.s.atomicNumber[i])) << i;
-  }
-  // Gaussian 16 prints the mass three columns further right.
-  std::string water = Replace(WaterText(), "has atomic number  1 and mass   1.00783",
-                              "has atomic number  1 and mass**********");
-  TextRun run(water);
-  EXPECT_DOUBLE_EQ(run.s.atomMass[1], DefaultMass(1));
-  EXPECT_NE(DefaultMass(1), 1.00783);
-  EXPECT_DOUBLE_EQ(run.s.atomMass[0], 15.99491);
-}
-
 TEST(GaussianChangedLogs, AsterisksOrNaNInAForceStoreZero) {
   SKIP_WITHOUT_TESTDATA();
   std::string text = Replace(WaterText(), " Maximum Force            0.051245", " Maximum Force            ********");

@@ -138,7 +138,7 @@ TEST(Priroda, OptimisationStepZeroDoesNotTakeTheNextLine) {
   // Step 12 took the "eng>$Energy" line as its energy line: columns 16-31 are blank.
   EXPECT_DOUBLE_EQ(s.Set(1).energy, 0.0);
 
-  std::string log2 = log.substr(0, log.find("Geometry Optimization Step 12")) +
+  const std::string log2 = log.substr(0, log.find("Geometry Optimization Step 12")) +
                      "Geometry Optimization Step 12\n"
                      "Energy             -1.17345678\n";
   path = dir.Write("h2b.out", log2);
@@ -283,57 +283,5 @@ TEST(OwnLog, AGamessOptimisationReadsBackStepByStep) {
   ASSERT_EQ(static_cast<int>(printed.size()), s.nAtoms);
   for (int i = 0; i < s.nAtoms; ++i) ExpectAngstrom(s.Set(blocks).xyz[i], printed[i].x, printed[i].y, printed[i].z3, 1e-12);
 }
-
-// A log of this program as a GAMESS run leaves it: optimisation steps echoed
-// under " NSEARCH =", then the last view.
-std::string OwnLogWithSearchSteps() {
-  auto row = [](const char* name, double q, double x, double y, double z) {
-    return std::string(" ") + FmtA(name, 12) + FmtF(q, 4, 1) + FmtF(x, 15, 10) + FmtF(y, 15, 10) + FmtF(z, 15, 10) + "\n";
-  };
-  auto step = [&](int n, double dz) {
-    return "\n NSEARCH =" + FmtI(n, 5) + "\n" + " COORDINATES OF ALL ATOMS ARE (ANGS)\n" +
-           "   ATOM   CHARGE       X              Y              Z\n" + " " + std::string(60, '-') + "\n" +
-           row("N", 7.0, 0.0, 0.0, 0.1 + dz) + row("H", 1.0, -0.4882960784, 0.8457536168, -0.2) +
-           row("H", 1.0, -0.4882960784, -0.8457536168, -0.2) + row("H", 1.0, 0.9765921567, 0.0, -0.2) + "\n";
-  };
-  auto view = [](const char* frame, double z) {
-    std::string t = std::string("Last view coordinates and bonds in a ") + frame + ", (A):\n" + std::string(79, '-') + "\n";
-    t += " N1      7     0.000000    0.000000" + FmtF(z, 12, 6) + "   2   3   4\n";
-    t += " H2      1    -0.488296    0.845754   -0.200000   1\n";
-    t += " H3      1    -0.488296   -0.845754   -0.200000   1\n";
-    t += " H4      1     0.976592    0.000000   -0.200000   1\n";
-    return t + std::string(79, '-') + "\n";
-  };
-  return "             *                   QUINTOR v.2.5                     *\n"
-         " Input file              :nh3.log\n"
-         " GAMESS(US) detected\n" +
-         step(0, 0.0) + step(1, 0.01) + step(2, 0.02) +
-         " Spin multiplicity of molecule = 3\n"
-         "\n          ************ INTERACTIVE WORK IS FINISHED ************\n" +
-         view("molecular (moving) frame", 0.123456) + view("laboratory (fixed) frame", -9.5);
-}
-
-TEST(OwnLog, SearchStepsAndTheLastViewGiveOneSetEach) {
-  TempDir dir;
-  std::string path = dir.Write("nh3.mou", OwnLogWithSearchSteps());
-  Session s;
-  RunResult r = RunInProcess(s, {path, "/0"});
-  ASSERT_EQ(r.status, 0) << r.console;
-  EXPECT_EQ(s.opt.formatCode, 9);
-  // Three " NSEARCH =" blocks and one set for the last view.
-  ASSERT_EQ(s.iCyc, 3);
-  ASSERT_EQ(s.nAtoms, 4);
-  EXPECT_EQ(s.atomicNumber, (std::vector<int>{7, 1, 1, 1}));
-  EXPECT_EQ(s.opt.multiplicity, 3);
-  ExpectAngstrom(s.Set(2).xyz[0], 0.0, 0.0, 0.12);
-  ExpectAngstrom(s.Set(2).xyz[1], -0.4882960784, 0.8457536168, -0.2);
-  // The second block also stands as set 0, the starting point.
-  ExpectAngstrom(s.Set(1).xyz[0], 0.0, 0.0, 0.11);
-  ExpectAngstrom(s.Set(0).xyz[0], 0.0, 0.0, 0.11);
-  // The last set is the last view in the molecular frame.
-  ExpectAngstrom(s.Set(3).xyz[0], 0.0, 0.0, 0.123456);
-  ExpectAngstrom(s.Set(3).xyz[3], 0.976592, 0.0, -0.2);
-}
-
 
 }  // namespace

@@ -255,23 +255,6 @@ TEST(ThermoAtTP, SingleAtomIsASphericalTopWithLinearFormulas) {
                       "    0.000    0.000 1.00000E+00"));
 }
 
-TEST(ThermoAtTP, FrequencyJustAbove300ThetaOverTGivesOnlyItsZeroPointEnergy) {
-  Molecule m(Water());
-  m.s.opt.temperature = 10.0;
-  const double nu = 300.000001 * 10.0 * constants::Boltzmann / (100.0 * constants::Planck * constants::SpeedOfLight);
-  m.Modes(6, {nu});
-  ThermoAtTP(m.s, true, false);
-  const ThermoState& t = m.s.thermo;
-  EXPECT_GT(t.theta[6] / 10.0, 300.0);
-  EXPECT_EQ(t.qvib[6], 1.0);
-  EXPECT_EQ(t.svib[6], 0.0);
-  EXPECT_EQ(t.cvib[6], 0.0);
-  EXPECT_EQ(t.hh0[6], 0.0);
-  EXPECT_GT(t.zpe[6], 0.0);
-  EXPECT_EQ(t.hvib[6], t.zpe[6]);
-  EXPECT_EQ(t.vib.q, 1.0);
-}
-
 TEST(MarkUsedModes, PositiveFrequencyLimit) {
   Molecule m(Water());
   m.s.opt.positiveFreqLimit = -100.0;
