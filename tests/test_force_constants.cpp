@@ -105,8 +105,8 @@ TEST(ForceConstants, PunchHessianOfAmmoniaGivesTheFrequenciesOfGamess) {
 
   ASSERT_EQ(s.modes.size(), 12u);
   // The imaginary mode comes out negative.
-  EXPECT_LT(s.modes[0].freq, 0.0);
-  EXPECT_NEAR(s.modes[0].freq, -825.18, 1.0);
+  EXPECT_LT(s.modes.at(0).freq, 0.0);
+  EXPECT_NEAR(s.modes.at(0).freq, -825.18, 1.0);
   for (size_t k = 0; k < 12; ++k) {
     EXPECT_NEAR(std::fabs(s.modes[k].freq), std::fabs(printed.freq[k]), 1.0) << "mode " << k + 1;
     // The vibrations (not the six near-zero modes) have GAMESS's reduced masses.
@@ -147,8 +147,8 @@ TEST(ForceConstants, WithoutRecalcFreqOnlyMassesAndConstantsChange) {
   for (const auto& m : s.modes) before.push_back(m.freq);
   std::string report = RunToFile(s, dir);
   for (size_t k = 0; k < 12; ++k) EXPECT_EQ(s.modes[k].freq, before[k]);
-  EXPECT_NEAR(s.modes[9].redMass, 1.09811, 1.0e-3);
-  EXPECT_GT(s.modes[9].forceConst, 0.0);
+  EXPECT_NEAR(s.modes.at(9).redMass, 1.09811, 1.0e-3);
+  EXPECT_GT(s.modes.at(9).forceConst, 0.0);
   // The scaled columns.
   EXPECT_NE(report.find("   10   3639.72   3275.75   3639."), std::string::npos) << report;
 }
@@ -168,7 +168,7 @@ TEST(ForceConstants, MissingPunchFileGivesReducedMassesFromTheVectors) {
       << report;
   // GAMESS normalises its printed vectors so that these are its reduced masses.
   for (size_t k : {0u, 7u, 9u, 11u}) EXPECT_NEAR(s.modes[k].redMass, printed.redMass[k], 2.0e-4) << k;
-  EXPECT_NE(report.find(FmtF(s.modes[11].redMass, 25, 5) + "\n"), std::string::npos);
+  EXPECT_NE(report.find(FmtF(s.modes.at(11).redMass, 25, 5) + "\n"), std::string::npos);
   EXPECT_EQ(report.find("Recalculated"), std::string::npos);
 }
 
@@ -180,12 +180,12 @@ TEST(ForceConstants, PunchFileWithoutHessianWarnsAndLeavesTheValues) {
   std::string pun = ReadFile(TestData("gamess-us2018/nh3_ts_ir.pun"));
   dir.Write("nh3_ts_ir.pun", pun.substr(0, pun.find(" $HESS")));
   s.opt.recalcFreq = true;
-  const double f1 = s.modes[0].freq;
+  const double f1 = s.modes.at(0).freq;
   std::string report = RunToFile(s, dir);
   EXPECT_NE(report.find(" WARNING! Hessian is not found in PUN-file: can not calculate reduced masses!\n"),
             std::string::npos)
       << report;
-  EXPECT_EQ(s.modes[0].freq, f1);
+  EXPECT_EQ(s.modes.at(0).freq, f1);
   EXPECT_EQ(report.find("Recalculated"), std::string::npos);
 }
 
@@ -254,10 +254,10 @@ TEST(ForceConstants, LaterGaussianLogsPrintNothingEvenWithAnFchFile) {
   ASSERT_NO_FATAL_FAILURE(PrepareWater(s, dir));
   s.opt.formatCode = 16;
   s.opt.recalcFreq = true;
-  const double f = s.modes[8].freq;
+  const double f = s.modes.at(8).freq;
   std::string report = RunToFile(s, dir);
   EXPECT_EQ(report, "");
-  EXPECT_EQ(s.modes[8].freq, f);
+  EXPECT_EQ(s.modes.at(8).freq, f);
 }
 
 TEST(ForceConstants, Gaussian94TableComesFromTheLogsModes) {
@@ -265,7 +265,7 @@ TEST(ForceConstants, Gaussian94TableComesFromTheLogsModes) {
   Session s;
   ASSERT_NO_FATAL_FAILURE(PrepareWater(s, dir, false));
   s.opt.formatCode = 1;
-  s.modes[6].redMass = 1.08;
+  s.modes.at(6).redMass = 1.08;
   std::string report = RunToFile(s, dir);
   EXPECT_NE(report.find("    7   1540.86   1540.86   1540.86   1540.86      1.08" +
                         FmtF(5.96804e-08 * 1540.8626 * 1540.8626 * 1.08, 12, 6) + "\n"),

@@ -295,7 +295,7 @@ TEST(GamessOptions, ForcedFormats) {
   EXPECT_EQ(v6.s.modes.size(), 60u);
   LogRun us(TestData("gamess-us/nh3_ts_ir.log"), {"/GAMUS"});
   EXPECT_EQ(us.s.modes.size(), 12u);
-  EXPECT_DOUBLE_EQ(us.s.modes[0].redMass, 1.20753);
+  EXPECT_DOUBLE_EQ(us.s.modes.at(0).redMass, 1.20753);
 }
 
 // ---- Changed real logs ------------------------------------------------------------
@@ -327,17 +327,17 @@ TEST(GamessChangedLogs, TheLastModeBlockWins) {
     after.insert(at + block.size(), other);
     TextRun run(after);
     ASSERT_EQ(run.s.modes.size(), 12u);
-    EXPECT_DOUBLE_EQ(run.s.modes[0].freq, 700.0);
-    EXPECT_DOUBLE_EQ(run.s.modes[0].redMass, 2.0);
-    EXPECT_DOUBLE_EQ(run.s.modes[11].freq, 3661.48);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(0).freq, 700.0);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(0).redMass, 2.0);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(11).freq, 3661.48);
   }
   {
     std::string before = text;
     before.insert(at, other);
     TextRun run(before);
     ASSERT_EQ(run.s.modes.size(), 12u);
-    EXPECT_DOUBLE_EQ(run.s.modes[0].freq, -825.18);
-    EXPECT_DOUBLE_EQ(run.s.modes[0].redMass, 1.20753);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(0).freq, -825.18);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(0).redMass, 1.20753);
   }
 }
 
@@ -494,7 +494,7 @@ TEST(GamessMadeLogs, RamanActivitiesUnderTheRamanOption) {
   ASSERT_EQ(raman.s.modes.size(), 9u);
   for (int m = 0; m < 9; ++m) {
     EXPECT_DOUBLE_EQ(raman.s.modes[static_cast<size_t>(m)].intensity, MadeRaman(m)) << m;
-    EXPECT_DOUBLE_EQ(raman.s.modes[static_cast<size_t>(m)].disp[2][1], AsPrinted("%12.8f", MadeDisp(m, 2, 1)));
+    EXPECT_DOUBLE_EQ(raman.s.modes[static_cast<size_t>(m)].disp.at(2)[1], AsPrinted("%12.8f", MadeDisp(m, 2, 1)));
   }
   // Without the option the same block gives the IR intensities.
   TextRun ir(text);

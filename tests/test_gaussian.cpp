@@ -298,7 +298,7 @@ TEST(GaussianOptions, RamanActivitiesInsteadOfIrIntensities) {
   SKIP_WITHOUT_TESTDATA();
   EXPECT_NO_FATAL_FAILURE(CheckAgainstLog("gaussian03/dvb_raman.log", {"/RAMAN"}, "Standard orientation:", 6, true));
   LogRun run(TestData("gaussian03/dvb_raman.log"), {"/RAMAN"});
-  EXPECT_DOUBLE_EQ(run.s.modes[7].intensity, 2.6872);
+  EXPECT_DOUBLE_EQ(run.s.modes.at(7).intensity, 2.6872);
   // A log without Raman rows leaves the intensities at 0.
   LogRun ir(TestData("gaussian03/dvb_ir.log"), {"/RAMAN"});
   ASSERT_FALSE(ir.s.modes.empty());
@@ -332,17 +332,17 @@ TEST(GaussianChangedLogs, TheLastModeBlockWins) {
     after.insert(at + block.size(), other);
     TextRun run(after);
     ASSERT_EQ(run.s.modes.size(), 9u);
-    EXPECT_DOUBLE_EQ(run.s.modes[6].freq, 1600.0);
-    EXPECT_DOUBLE_EQ(run.s.modes[6].redMass, 2.0);
-    EXPECT_DOUBLE_EQ(run.s.modes[8].freq, 3976.5311);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(6).freq, 1600.0);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(6).redMass, 2.0);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(8).freq, 3976.5311);
   }
   {
     std::string before = text;
     before.insert(at, other);
     TextRun run(before);
     ASSERT_EQ(run.s.modes.size(), 9u);
-    EXPECT_DOUBLE_EQ(run.s.modes[6].freq, 1668.2293);
-    EXPECT_DOUBLE_EQ(run.s.modes[6].redMass, 1.0820);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(6).freq, 1668.2293);
+    EXPECT_DOUBLE_EQ(run.s.modes.at(6).redMass, 1.0820);
   }
 }
 
@@ -397,10 +397,10 @@ TEST(GaussianMadeLogs, SetsEnergiesAndDummyAtoms) {
   EXPECT_DOUBLE_EQ(s.Set(0).energy, -113.25);
   EXPECT_EQ(s.Set(1).energy, 0.0);
   EXPECT_EQ(s.Set(1).gmax, 999999.0);
-  EXPECT_DOUBLE_EQ(s.Set(1).xyz[2][2], 1.2 * constants::AngstromToBohr);
+  EXPECT_DOUBLE_EQ(s.Set(1).xyz.at(2)[2], 1.2 * constants::AngstromToBohr);
   EXPECT_EQ(s.Set(-1).xyz, s.Set(0).xyz);
   // A dummy atom weighs what the table gives number 99.
-  EXPECT_DOUBLE_EQ(s.atomMass[1], 252.0829);
+  EXPECT_DOUBLE_EQ(s.atomMass.at(1), 252.0829);
 
   // An energy before the first geometry goes to the starting set.
   TextRun early(std::string(kG09Banner) + Scf(-1.5) + G09Orientation("Standard orientation:", a));
@@ -524,7 +524,7 @@ TEST(GaussianMadeLogs, Gaussian94HasNoAtomicTypeColumn) {
   ASSERT_EQ(run.r.status, 0) << run.r.console;
   EXPECT_EQ(run.s.iCyc, 0);
   EXPECT_EQ(run.s.atomicNumber, (std::vector<int>{8, 1, 1}));
-  EXPECT_DOUBLE_EQ(run.s.Set(0).xyz[1][1], 0.763 * constants::AngstromToBohr);
-  EXPECT_DOUBLE_EQ(run.s.Set(0).xyz[2][2], -0.477 * constants::AngstromToBohr);
+  EXPECT_DOUBLE_EQ(run.s.Set(0).xyz.at(1)[1], 0.763 * constants::AngstromToBohr);
+  EXPECT_DOUBLE_EQ(run.s.Set(0).xyz.at(2)[2], -0.477 * constants::AngstromToBohr);
   EXPECT_DOUBLE_EQ(run.s.Set(0).energy, -76.0107465156);
 }

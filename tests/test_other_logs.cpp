@@ -56,12 +56,12 @@ TEST(Priroda, OptimisationWithModesIsReadByItsBanner) {
   // Three geometries; the first also stands as sets 0 and -1.
   ASSERT_EQ(s.iCyc, 3);
   ASSERT_EQ(s.nAtoms, 3);
-  ExpectAngstrom(s.Set(1).xyz[1], 0.0, 0.76, -0.48);
-  ExpectAngstrom(s.Set(2).xyz[1], 0.0, 0.75545, -0.471161);
-  ExpectAngstrom(s.Set(3).xyz[2], 0.0, -0.755453, -0.471161);
+  ExpectAngstrom(s.Set(1).xyz.at(1), 0.0, 0.76, -0.48);
+  ExpectAngstrom(s.Set(2).xyz.at(1), 0.0, 0.75545, -0.471161);
+  ExpectAngstrom(s.Set(3).xyz.at(2), 0.0, -0.755453, -0.471161);
   for (int set : {0, -1}) {
     ASSERT_EQ(s.Set(set).xyz.size(), 3u);
-    ExpectAngstrom(s.Set(set).xyz[1], 0.0, 0.76, -0.48);
+    ExpectAngstrom(s.Set(set).xyz.at(1), 0.0, 0.76, -0.48);
   }
   EXPECT_EQ(s.atomicNumber, (std::vector<int>{8, 1, 1}));
 
@@ -77,21 +77,21 @@ TEST(Priroda, OptimisationWithModesIsReadByItsBanner) {
   EXPECT_EQ(s.opt.multiplicity, 1);
 
   // The log's masses give way to the table.
-  EXPECT_DOUBLE_EQ(s.atomMass[0], 15.99491);
-  EXPECT_DOUBLE_EQ(s.atomMass[1], 1.00782);
+  EXPECT_DOUBLE_EQ(s.atomMass.at(0), 15.99491);
+  EXPECT_DOUBLE_EQ(s.atomMass.at(1), 1.00782);
 
   // Six translations and rotations, then the table's three modes.
   ASSERT_EQ(s.modes.size(), 9u);
   for (int k = 0; k < 6; ++k) EXPECT_EQ(s.modes[k].freq, 0.0);
-  EXPECT_DOUBLE_EQ(s.modes[6].freq, 1595.12);
-  EXPECT_DOUBLE_EQ(s.modes[6].redMass, 1.08);
-  EXPECT_DOUBLE_EQ(s.modes[6].intensity, 65.432);
-  EXPECT_DOUBLE_EQ(s.modes[8].freq, 3750.88);
+  EXPECT_DOUBLE_EQ(s.modes.at(6).freq, 1595.12);
+  EXPECT_DOUBLE_EQ(s.modes.at(6).redMass, 1.08);
+  EXPECT_DOUBLE_EQ(s.modes.at(6).intensity, 65.432);
+  EXPECT_DOUBLE_EQ(s.modes.at(8).freq, 3750.88);
   // Mass-weighted displacements, as printed.
-  ASSERT_EQ(s.modes[6].disp.size(), 3u);
-  EXPECT_DOUBLE_EQ(s.modes[6].disp[0][0], 0.1);
-  EXPECT_DOUBLE_EQ(s.modes[7].disp[0][1], 0.201);
-  EXPECT_DOUBLE_EQ(s.modes[8].disp[2][2], 0.308);
+  ASSERT_EQ(s.modes.at(6).disp.size(), 3u);
+  EXPECT_DOUBLE_EQ(s.modes.at(6).disp.at(0)[0], 0.1);
+  EXPECT_DOUBLE_EQ(s.modes.at(7).disp.at(0)[1], 0.201);
+  EXPECT_DOUBLE_EQ(s.modes.at(8).disp.at(2)[2], 0.308);
   // The displacement rows are echoed.
   EXPECT_NE(r.log.find("H3   z   0.108000 -0.208000  0.308000"), std::string::npos);
 }
@@ -105,14 +105,14 @@ TEST(Priroda, LinearMoleculeHasFiveZeroModesAndTwoBlocks) {
   ASSERT_EQ(s.iCyc, 1);
   ASSERT_EQ(s.nAtoms, 4);
   EXPECT_DOUBLE_EQ(s.Set(1).energy, -77.3298765);
-  ExpectAngstrom(s.Set(-1).xyz[3], 0.0, 0.0, -1.6655);
+  ExpectAngstrom(s.Set(-1).xyz.at(3), 0.0, 0.0, -1.6655);
   ASSERT_EQ(s.modes.size(), 12u);
   for (int k = 0; k < 5; ++k) EXPECT_EQ(s.modes[k].freq, 0.0);
-  EXPECT_DOUBLE_EQ(s.modes[5].freq, 612.34);
-  EXPECT_DOUBLE_EQ(s.modes[11].freq, 3510.01);
+  EXPECT_DOUBLE_EQ(s.modes.at(5).freq, 612.34);
+  EXPECT_DOUBLE_EQ(s.modes.at(11).freq, 3510.01);
   // The seventh vibration comes from the second block, of one column.
-  EXPECT_DOUBLE_EQ(s.modes[11].disp[0][0], 0.07);
-  EXPECT_DOUBLE_EQ(s.modes[11].disp[3][2], -0.0711);
+  EXPECT_DOUBLE_EQ(s.modes.at(11).disp.at(0)[0], 0.07);
+  EXPECT_DOUBLE_EQ(s.modes.at(11).disp.at(3)[2], -0.0711);
 }
 
 TEST(Priroda, OptimisationStepZeroDoesNotTakeTheNextLine) {
@@ -164,12 +164,12 @@ void CheckKorvandel(const Session& s) {
   ASSERT_EQ(s.iCyc, 3);
   ASSERT_EQ(s.nAtoms, 4);
   EXPECT_EQ(s.atomicNumber, (std::vector<int>{6, 8, 1, 1}));
-  ExpectAngstrom(s.Set(1).xyz[1], 0.0, 0.0, 0.675);
-  ExpectAngstrom(s.Set(2).xyz[2], 0.0, 0.9398765432, -1.1101234567);
-  ExpectAngstrom(s.Set(3).xyz[0], 0.0, 0.0, -0.5295555555);
+  ExpectAngstrom(s.Set(1).xyz.at(1), 0.0, 0.0, 0.675);
+  ExpectAngstrom(s.Set(2).xyz.at(2), 0.0, 0.9398765432, -1.1101234567);
+  ExpectAngstrom(s.Set(3).xyz.at(0), 0.0, 0.0, -0.5295555555);
   for (int set : {0, -1}) {
     ASSERT_EQ(s.Set(set).xyz.size(), 4u);
-    ExpectAngstrom(s.Set(set).xyz[3], 0.0, -0.941, -1.112);
+    ExpectAngstrom(s.Set(set).xyz.at(3), 0.0, -0.941, -1.112);
   }
 }
 

@@ -81,23 +81,6 @@ TEST(BannerDetection, OrderOfTheTableAndLateBanners) {
   EXPECT_EQ(d.code, 16);
 }
 
-TEST(BannerDetection, OrientationIsToldAfterGaussianMessages) {
-  TempDir dir;
-  std::string path = dir.Write("g.log", " This is part of the Gaussian(R) 98 program.\n");
-  for (auto [mode, line] : {std::pair{0, ""}, std::pair{1, " Input orientation will be used\n"},
-                            std::pair{2, " Z-matrix orientation will be used\n"}}) {
-    Session s;
-    s.opt.orientationMode = mode;
-    LineReader in;
-    in.Open(path);
-    DetectFormat(s, in);
-    s.log.Open(dir.File("g.mou"));
-    s.log.WritePending();
-    s.log.Close();
-    EXPECT_EQ(ReadFile(dir.File("g.mou")), std::string(" Gaussian 98 detected\n") + line);
-  }
-}
-
 namespace {
 // A "GAMESS VERSION =  6" line and, `gap` lines later, the PC GAMESS line.
 std::string LookAheadFile(int gap) {
@@ -191,8 +174,8 @@ TEST(FinishingStage, MassesNamesAndCycleTable) {
   s.Set(0).grms = 2.0e9;
   std::string log = Finish(s);
   EXPECT_EQ(s.atomName, (std::vector<std::string>{"O1", "H2", "XY3", "4"}));
-  EXPECT_DOUBLE_EQ(s.atomMass[1], 1.00782);  // the readers' table
-  EXPECT_DOUBLE_EQ(s.atomMass[2], 141.9077);
+  EXPECT_DOUBLE_EQ(s.atomMass.at(1), 1.00782);  // the readers' table
+  EXPECT_DOUBLE_EQ(s.atomMass.at(2), 141.9077);
   EXPECT_DOUBLE_EQ(s.molMass, 15.99491 + 1.00782 + 141.9077 + 232.0381);
   EXPECT_EQ(s.elementCount[8], 1);
   EXPECT_EQ(s.Set(2).energy, 0.0);

@@ -282,15 +282,6 @@ TEST(SymmetryAnalysis, NoSymmetryOption) {
             }));
 }
 
-TEST(SymmetryAnalysis, NonStandardSymEpsIsReported) {
-  const SymmetryAnalysis s = Analyse(Ammonia(), 0.01);
-  ASSERT_GE(s.logLines.size(), 4u);
-  EXPECT_EQ(s.logLines[2], " WARNING! Non-standard value of SymEps is used ");
-  EXPECT_EQ(s.logLines[3], " to recognize the molecular symmetry:        0.0100000000");
-  EXPECT_DOUBLE_EQ(s.symEpsAfter, 1.0);
-  EXPECT_EQ(s.groupName, "C3v ");
-}
-
 TEST(SymmetryAnalysis, UserRotationNumber) {
   const RotationNumberChoice same = ChooseRotationNumber(12, true, 12.0);
   EXPECT_FALSE(same.differs);

@@ -142,12 +142,12 @@ TEST(ZMatrix, LayoutsLabelsUnitsAndCloseAtoms) {
   l.opt.lengthUnit = 1;
   ASSERT_EQ(ReadZMatrix(l, dir.Write("l.txt", "H 1 9.9\nHere comes the molecule\na line to skip\nH\nH 1 1.4\n")).stop, -1);
   ASSERT_EQ(l.nAtoms, 2);
-  EXPECT_NEAR(l.Set(0).xyz[1][2], 1.4, 1e-12);
+  EXPECT_NEAR(l.Set(0).xyz.at(1)[2], 1.4, 1e-12);
   // A Cartesian row with nothing behind its 0 is at the origin.
   Session c;
   ASSERT_EQ(ReadZMatrix(c, dir.Write("c.gzmat", "C 0 1.0 2.0 3.0\nO 0\n")).stop, -1);
   ASSERT_EQ(c.nAtoms, 2);
-  EXPECT_EQ(c.Set(0).xyz[1], (Vec3{0, 0, 0}));
+  EXPECT_EQ(c.Set(0).xyz.at(1), (Vec3{0, 0, 0}));
   // Close atoms warn and the run goes on.
   Session close;
   Outcome o = ReadZMatrix(close, dir.Write("close.gzmat", "C1\nH1 C1 0.3\n"));
