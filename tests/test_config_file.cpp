@@ -26,154 +26,111 @@ struct IsolatedSearch {
     ::setenv("XDG_CONFIG_HOME", xdg.path.c_str(), 1);
   }
   ~IsolatedSearch() {
-    if (had) ::setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
-    else ::unsetenv("XDG_CONFIG_HOME");
+    if (had) {
+      ::setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
+    } else {
+      ::unsetenv("XDG_CONFIG_HOME");
+    }
   }
 };
 
 std::string Slash(const TempDir& d) { return d.path.string() + "/"; }
 
-// Reads the configuration with the screen captured.
-std::string Configure(Session& s) {
+// Reads the configuration from `here` (and `home`, when given) with the screen captured.
+std::string Configure(Session& s, const TempDir& here, const TempDir* home = nullptr) {
   std::ostringstream screen;
   s.console = &screen;
+  s.files.currentDir = Slash(here);
+  if (home) s.files.homeDir = Slash(*home);
   ReadConfig(s);
   s.console = nullptr;
   return screen.str();
 }
 
-// Reads one pattern text directly.
 bool ReadPattern(Session& s, const std::string& text) {
   TempDir dir;
   return ReadConfigPattern(s, dir.Write("Quintor.cfg", text));
 }
 
 const std::string kNotFound = "Can not find configuration file Quintor.cfg - internal defaults will be used...\n";
-const std::string kNoPattern = " Pattern not found in Quintor.cfg - internal defaults will be used...\n";
 
 void ExpectDefaults(const InputPattern& p) {
   EXPECT_EQ(p.geoLabel, "NSERCH=");
   EXPECT_EQ(p.skipLinesAfterLabel, 2);
   EXPECT_EQ(p.energyPattern, "");
-  EXPECT_EQ(p.energyBegPos, 0);
-  EXPECT_EQ(p.energyEndPos, 0);
-  EXPECT_EQ(p.energyShift, 0);
   EXPECT_EQ(p.readEnergy, 0);
   EXPECT_EQ(p.geoFormat, 0);
-  EXPECT_EQ(p.geoUnits, LengthUnit::Angstrom);
 }
 
 }  // namespace
 
-// ---- The search ------------------------------------------------------------------
-
-TEST(ConfigSearch, NoFileAnywhere) {
+TEST(ConfigSearch, NoFileAnywhereIsSaidOnScreenAndInTheLog) {
   IsolatedSearch iso;
-  TempDir here;
+  TempDir here, logDir;
   Session s;
-  s.files.currentDir = Slash(here);
-  std::string screen = Configure(s);
-  EXPECT_EQ(screen, kNotFound);
+  EXPECT_EQ(Configure(s, here), kNotFound);
   EXPECT_EQ(s.files.configFile, "");
-  EXPECT_EQ(s.files.homeDir, "");
   ExpectDefaults(s.pattern);
-  // The MainLog gets the line once it is open.
-  TempDir logDir;
   s.log.Open(logDir.File("a.mou"));
   s.log.WritePending();
   s.log.Close();
   EXPECT_EQ(ReadFile(logDir.File("a.mou")), kNotFound);
 }
 
-TEST(ConfigSearch, CurrentDirectoryWhenNoHome) {
+TEST(ConfigSearch, HomeThenUserDirectoryThenCurrentDirectory) {
   IsolatedSearch iso;
-  TempDir here;
+  TempDir here, home;
   here.Write("Quintor.cfg", "[DEFAULT]\nSkipLinesAfterLabel=5\n[END]\n");
-  Session s;
-  s.files.currentDir = here.path.string();  // without the slash
-  EXPECT_EQ(Configure(s), "");
-  EXPECT_EQ(s.files.configFile, Slash(here) + "Quintor.cfg");
-  EXPECT_EQ(s.files.homeDir, Slash(here));
-  EXPECT_EQ(s.pattern.skipLinesAfterLabel, 5);
-}
-
-TEST(ConfigSearch, HomeHidesTheCurrentDirectory) {
-  IsolatedSearch iso;
-  TempDir here, home;
-  here.Write("Quintor.cfg", "[DEFAULT]\nSkipLinesAfterLabel=5\n");
-  home.Write("Quintor.cfg", "[DEFAULT]\nSkipLinesAfterLabel=7\n");
-  Session s;
-  s.files.currentDir = Slash(here);
-  s.files.homeDir = Slash(home);
-  Configure(s);
-  EXPECT_EQ(s.files.configFile, Slash(home) + "Quintor.cfg");
-  EXPECT_EQ(s.pattern.skipLinesAfterLabel, 7);
-}
-
-TEST(ConfigSearch, HomeWithoutFileSkipsTheCurrentDirectory) {
-  IsolatedSearch iso;
-  TempDir here, home;
-  here.Write("Quintor.cfg", "[DEFAULT]\nSkipLinesAfterLabel=5\n");
-  Session s;
-  s.files.currentDir = Slash(here);
-  s.files.homeDir = Slash(home);
-  EXPECT_EQ(Configure(s), kNotFound);
-  EXPECT_EQ(s.pattern.skipLinesAfterLabel, 2);
-  EXPECT_EQ(s.files.homeDir, Slash(home));
-}
-
-TEST(ConfigSearch, UserConfigurationDirectoryBecomesHome) {
-  IsolatedSearch iso;
+  Session plain;  // no home: the current directory, which becomes home
+  EXPECT_EQ(Configure(plain, here), "");
+  EXPECT_EQ(plain.files.configFile, Slash(here) + "Quintor.cfg");
+  EXPECT_EQ(plain.files.homeDir, Slash(here));
+  EXPECT_EQ(plain.pattern.skipLinesAfterLabel, 5);
+  Session empty;  // a home without the file hides the current directory
+  EXPECT_EQ(Configure(empty, here, &home), kNotFound);
+  EXPECT_EQ(empty.pattern.skipLinesAfterLabel, 2);
   std::filesystem::create_directories(iso.xdg.path / "quintor");
   iso.xdg.Write("quintor/Quintor.cfg", "[DEFAULT]\nGeoFormat=3\n");
-  TempDir here, home;
-  Session s;
-  s.files.currentDir = Slash(here);
-  s.files.homeDir = Slash(home);
-  EXPECT_EQ(Configure(s), "");
-  EXPECT_EQ(s.files.homeDir, Slash(iso.xdg) + "quintor/");
-  EXPECT_EQ(s.files.configFile, Slash(iso.xdg) + "quintor/Quintor.cfg");
-  EXPECT_EQ(s.pattern.geoFormat, 3);
+  Session user;  // the user configuration directory becomes home
+  EXPECT_EQ(Configure(user, here, &home), "");
+  EXPECT_EQ(user.files.homeDir, Slash(iso.xdg) + "quintor/");
+  EXPECT_EQ(user.pattern.geoFormat, 3);
+  home.Write("Quintor.cfg", "[DEFAULT]\nSkipLinesAfterLabel=7\n");
+  Session own;  // the home's own file comes first
+  Configure(own, here, &home);
+  EXPECT_EQ(own.files.configFile, Slash(home) + "Quintor.cfg");
+  EXPECT_EQ(own.pattern.skipLinesAfterLabel, 7);
 }
 
-TEST(ConfigSearch, UnknownPatternName) {
+TEST(ConfigSearch, UnknownPatternNameAndLengthUnit) {
   IsolatedSearch iso;
   TempDir here;
-  here.Write("Quintor.cfg", "[DEFAULT]\nGeoLabel=X\n[END]\n");
+  here.Write("Quintor.cfg", "[DEFAULT]\nGeoUnits=1\n[END]\n");
   Session s;
-  s.files.currentDir = Slash(here);
   s.opt.patternName = "NOSUCH";
-  EXPECT_EQ(Configure(s), kNoPattern);
+  EXPECT_EQ(Configure(s, here), " Pattern not found in Quintor.cfg - internal defaults will be used...\n");
   ExpectDefaults(s.pattern);
-  EXPECT_EQ(s.files.configFile, Slash(here) + "Quintor.cfg");
+  Session units;
+  Configure(units, here);
+  EXPECT_EQ(units.opt.lengthUnit, LengthUnit::Bohr);
+  Session nm;
+  nm.opt.lengthUnit = LengthUnit::Nanometre;  // /NM on the command line stands
+  Configure(nm, here);
+  EXPECT_EQ(nm.opt.lengthUnit, LengthUnit::Nanometre);
 }
 
-// ---- Finding and reading a pattern -------------------------------------------------
-
-TEST(ConfigPattern, OnlyHeaderAndEndLeaveTheDefaults) {
+TEST(ConfigPattern, Headers) {
   Session s;
   EXPECT_TRUE(ReadPattern(s, "[DEFAULT]\n[END]\n"));
   ExpectDefaults(s.pattern);
-}
-
-TEST(ConfigPattern, IndentedHeaderIsNotFound) {
-  Session s;
-  EXPECT_FALSE(ReadPattern(s, " [DEFAULT]\nGeoLabel=X\n[END]\n"));
-  ExpectDefaults(s.pattern);
-}
-
-TEST(ConfigPattern, HeaderMustStandAloneButMayHaveTrailingBlanks) {
-  Session s;
-  EXPECT_FALSE(ReadPattern(s, "[DEFAULT] patterns\nGeoLabel=X\n"));
-  EXPECT_TRUE(ReadPattern(s, "[DEFAULT]   \nGeoLabel=X\n"));
+  EXPECT_FALSE(ReadPattern(s, " [DEFAULT]\nGeoLabel=X\n[END]\n"));  // indented
+  EXPECT_FALSE(ReadPattern(s, "[DEFAULT] patterns\nGeoLabel=X\n"));  // text behind
+  EXPECT_TRUE(ReadPattern(s, "[DEFAULT]   \nGeoLabel=X\n"));         // trailing blanks
   EXPECT_EQ(s.pattern.geoLabel, "X");
-}
-
-TEST(ConfigPattern, HeaderCaseIsBlindOnTheFileSide) {
-  Session s;
-  s.opt.patternName = "MYLOG";
-  EXPECT_TRUE(ReadPattern(s, "[default]\nGeoLabel=A\n[END]\n[MyLog]\nGeoLabel=B\n[END]\n"));
-  EXPECT_EQ(s.pattern.geoLabel, "B");
+  Session named;
+  named.opt.patternName = "MYLOG";  // case blind on the file side
+  EXPECT_TRUE(ReadPattern(named, "[default]\nGeoLabel=A\n[END]\n[MyLog]\nGeoLabel=B\n[END]\n"));
+  EXPECT_EQ(named.pattern.geoLabel, "B");
 }
 
 TEST(ConfigPattern, AllKeys) {
@@ -181,18 +138,9 @@ TEST(ConfigPattern, AllKeys) {
   s.opt.patternName = "FULL";
   ASSERT_TRUE(ReadPattern(s,
                           "[DEFAULT]\nGeoLabel=WRONG\n[END]\n"
-                          "[FULL]\n"
-                          "GeoLabel=  Standard orientation:\n"
-                          "SkipLinesAfterLabel=4\n"
-                          "EnergyPattern=SCF Done:\n"
-                          "EnergyValueBegPos=  24\n"
-                          "EnergyValueEndPos=41\n"
-                          "IsEnergyBeforeGeo=-1\n"
-                          "ReadEnergy?=1\n"
-                          "GeoFormat=2\n"
-                          "GeoUnits=1\n"
-                          "[end]\n"
-                          "GeoFormat=9\n"));
+                          "[FULL]\nGeoLabel=  Standard orientation:\nSkipLinesAfterLabel=4\nEnergyPattern=SCF Done:\n"
+                          "EnergyValueBegPos=  24\nEnergyValueEndPos=41\nIsEnergyBeforeGeo=-1\nReadEnergy?=1\n"
+                          "GeoFormat=2\nGeoUnits=1\n[end]\nGeoFormat=9\n"));
   const InputPattern& p = s.pattern;
   EXPECT_EQ(p.geoLabel, "Standard orientation:");
   EXPECT_EQ(p.skipLinesAfterLabel, 4);
@@ -202,44 +150,24 @@ TEST(ConfigPattern, AllKeys) {
   EXPECT_EQ(p.energyShift, -1);
   EXPECT_EQ(p.readEnergy, 1);
   EXPECT_EQ(p.geoFormat, 2);  // the line behind "[end]" is not read
-  EXPECT_EQ(p.geoUnits, LengthUnit::Bohr);
   EXPECT_TRUE(p.geoUnitsGiven);
 }
 
-TEST(ConfigPattern, CommentsAndTheLastKeyWins) {
+TEST(ConfigPattern, LineGrammar) {
   Session s;
   ASSERT_TRUE(ReadPattern(s,
-                          "[DEFAULT]\n"
-                          "! GeoLabel=COMMENTED\n"
-                          "   ! SkipLinesAfterLabel=9\n"
-                          "\n"
-                          "ReadEnergy?=1 ! comment\n"
-                          "GeoLabel=FIRST\n"
-                          "GeoLabel=SECOND! cut here\n"
-                          "SkipLinesAfterLabel   =    3   \n"));
+                          "[DEFAULT]\n! GeoLabel=COMMENTED\n   ! SkipLinesAfterLabel=9\n\nReadEnergy?=1 ! comment\n"
+                          "GeoLabel=FIRST\nGeoLabel=SECOND! cut here\nSkipLinesAfterLabel   =    3   \n"
+                          "EnergyPattern=E=\ngeoformat=2\nGeoFormat 3\n"));
   EXPECT_EQ(s.pattern.readEnergy, 1);
-  EXPECT_EQ(s.pattern.geoLabel, "SECOND");
-  EXPECT_EQ(s.pattern.skipLinesAfterLabel, 3);  // no [END]: the pattern ends with the file
-}
-
-TEST(ConfigPattern, KeysAreCaseSensitiveAndNeedAnEqualsSign) {
-  Session s;
-  ASSERT_TRUE(ReadPattern(s, "[DEFAULT]\ngeolabel=lower\nGEOFORMAT=2\nGeoLabel Nothing\nGeoFormat 3\n"));
-  ExpectDefaults(s.pattern);
-}
-
-TEST(ConfigPattern, ValueIsTakenBehindTheFirstEqualsSign) {
-  Session s;
-  ASSERT_TRUE(ReadPattern(s, "[DEFAULT]\n  GeoLabel = NSERCH= 1\nEnergyPattern=E=\n"));
-  EXPECT_EQ(s.pattern.geoLabel, "NSERCH= 1");
-  EXPECT_EQ(s.pattern.energyPattern, "E=");
-}
-
-TEST(ConfigPattern, FreeFormIntegers) {
-  Session s;
-  ASSERT_TRUE(ReadPattern(s, "[DEFAULT]\nGeoFormat= 2, 5\nSkipLinesAfterLabel=+4\n"));
-  EXPECT_EQ(s.pattern.geoFormat, 2);
-  EXPECT_EQ(s.pattern.skipLinesAfterLabel, 4);
+  EXPECT_EQ(s.pattern.geoLabel, "SECOND");  // the last one wins, cut at "!"
+  EXPECT_EQ(s.pattern.skipLinesAfterLabel, 3);
+  EXPECT_EQ(s.pattern.energyPattern, "E=");  // behind the first "="
+  EXPECT_EQ(s.pattern.geoFormat, 0);         // keys are case sensitive and need "="
+  Session free;
+  ASSERT_TRUE(ReadPattern(free, "[DEFAULT]\nGeoFormat= 2, 5\nSkipLinesAfterLabel=+4\n"));
+  EXPECT_EQ(free.pattern.geoFormat, 2);
+  EXPECT_EQ(free.pattern.skipLinesAfterLabel, 4);
 }
 
 TEST(ConfigPattern, UnreadableIntegerIsAFatalReadError) {
@@ -258,36 +186,12 @@ TEST(ConfigPattern, UnreadableIntegerIsAFatalReadError) {
   EXPECT_THROW(ReadPattern(blank, "[DEFAULT]\nGeoFormat=\n"), FatalReadError);
 }
 
-TEST(ConfigPattern, LengthUnitOfThePatternUnlessTheCommandLineGaveOne) {
-  IsolatedSearch iso;
-  TempDir here;
-  here.Write("Quintor.cfg", "[DEFAULT]\nGeoUnits=1\n");
-  {
-    Session s;
-    s.files.currentDir = Slash(here);
-    Configure(s);
-    EXPECT_EQ(s.opt.lengthUnit, LengthUnit::Bohr);
-  }
-  {
-    Session s;
-    s.files.currentDir = Slash(here);
-    s.opt.lengthUnit = LengthUnit::Nanometre;  // /NM
-    Configure(s);
-    EXPECT_EQ(s.opt.lengthUnit, LengthUnit::Nanometre);
-  }
-}
-
 TEST(ConfigPattern, SampleFileOfTheDistribution) {
   const std::string sample = std::string(QUINTOR_TEST_INPUTS) + "/../../data/Quintor.cfg";
-  Session s;
-  ASSERT_TRUE(ReadConfigPattern(s, sample));
-  ExpectDefaults(s.pattern);
   Session g;
   g.opt.patternName = "GAMESS";
   ASSERT_TRUE(ReadConfigPattern(g, sample));
   EXPECT_EQ(g.pattern.geoLabel, "COORDINATES OF ALL ATOMS ARE");
-  EXPECT_EQ(g.pattern.energyPattern, "ENERGY=");
-  EXPECT_EQ(g.pattern.readEnergy, 1);
   EXPECT_EQ(g.pattern.energyBegPos, 33);
   EXPECT_EQ(g.pattern.energyEndPos, 50);
 }

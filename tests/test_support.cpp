@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -15,8 +16,22 @@
 
 namespace quintor::test {
 
+namespace {
+std::string TestDataDir() {
+  const char* env = std::getenv("QUINTOR_TESTDATA");
+  return env && *env ? env : QUINTOR_TESTDATA;
+}
+}  // namespace
+
+bool HaveTestData() {
+  if (std::filesystem::is_directory(TestDataDir())) return true;
+  [] { GTEST_SKIP() << "real logs not found in " << TestDataDir() << " (../shared/testdata or $QUINTOR_TESTDATA)"; }();
+  return false;
+}
+
 std::string TestData(std::string_view relative) {
-  return std::string(QUINTOR_TESTDATA) + "/" + std::string(relative);
+  HaveTestData();
+  return TestDataDir() + "/" + std::string(relative);
 }
 
 std::string TestInput(std::string_view relative) {

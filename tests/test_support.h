@@ -11,8 +11,17 @@
 
 namespace quintor::test {
 
-// A file of ../shared/testdata (real program outputs, never copied here).
+// A file of ../shared/testdata (real program outputs, never copied here);
+// $QUINTOR_TESTDATA, when set, names another folder.
 std::string TestData(std::string_view relative);
+// False, with the current test marked skipped and one message, when the
+// folder of real logs is missing. Tests on real logs start with
+// SKIP_WITHOUT_TESTDATA().
+bool HaveTestData();
+#define SKIP_WITHOUT_TESTDATA() \
+  do {                                           \
+    if (!::quintor::test::HaveTestData()) return; \
+  } while (0)
 // A hand-written input of tests/inputs.
 std::string TestInput(std::string_view relative);
 
