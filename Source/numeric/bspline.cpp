@@ -196,7 +196,8 @@ double dbs2vl(double x, double y, int kx, int ky, const std::vector<double>& xkn
   CheckKnots(yknot, ky, static_cast<size_t>(ny), "dbs2vl", "yknot");
   const int iy = FindInterval(y, ky, yknot, ny);
   if (iy < 0) {
-    const int near = std::clamp(iy, 0, ny);
+    // The pair of knots nearest to y, below or above the range.
+    const int near = y < yknot[ky - 1] ? 0 : ny + ky - 2;
     throw SplineFailure(Lines({"subroutine dbs2vl:", "iy with yknot(iy) <= y < yknot(iy+1) required.",
                                "yknot(iy)   = " + Num(yknot[near]), "  y         = " + Num(y),
                                "yknot(iy+1) = " + Num(yknot[near + 1])}));
