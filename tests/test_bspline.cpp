@@ -98,6 +98,23 @@ TEST(BSpline1D, ReproducesPolynomialsOfItsDegree) {
   }
 }
 
+TEST(BSpline1D, DerivativesOfAReproducedPolynomial) {
+  // f = x^4 - 2x^3 + x - 5 through a quintic spline, and its derivatives.
+  const auto f = [](double x) { return x * x * x * x - 2 * x * x * x + x - 5; };
+  const std::function<double(double)> d[] = {f,
+                                             [](double x) { return 4 * x * x * x - 6 * x * x + 1; },
+                                             [](double x) { return 12 * x * x - 12 * x; },
+                                             [](double x) { return 24 * x - 12; },
+                                             [](double) { return 24.0; },
+                                             [](double) { return 0.0; }};
+  std::vector<double> data;
+  for (double x : kUneven) data.push_back(f(x));
+  const Spline1D s = InterpolateNotAKnot(kUneven, data, 5);
+  for (int m = 0; m <= 5; ++m)
+    for (double x : {-1.0, -0.4, 0.3, 1.234, 2.8})
+      EXPECT_NEAR(dbsder(m, x, 5, s.knots, s.coef), d[m](x), 1e-8) << m << " " << x;
+}
+
 // The not-a-knot cubic converges as h^4: halving the spacing cuts the error
 // about sixteenfold (a little more while the end intervals still dominate).
 double CubicErrorOnSine(int points) {

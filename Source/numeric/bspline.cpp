@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <initializer_list>
+#include <string>
+
 #include <fmt/format.h>
 
 extern "C" {
@@ -147,6 +150,31 @@ double dbsval(double x, int kx, const std::vector<double>& xknot, const std::vec
   const std::vector<double> b = BasisValues(x, kx, xknot, l);
   double value = 0.0;
   for (int r = 0; r < kx; ++r) value += bscoef[l - kx + 1 + r] * b[r];
+  return value;
+}
+
+double dbsder(int iderm, double x, int kx, const std::vector<double>& xknot, const std::vector<double>& bscoef) {
+  CheckKnots(xknot, kx, bscoef.size(), "dbsder", "xknot");
+  const int n = static_cast<int>(bscoef.size());
+  const int l = FindInterval(x, kx, xknot, n);
+  if (l < 0)
+    throw SplineFailure(
+        Lines({"subroutine dbsder:", "ix with xknot(ix) <= x < xknot(ix+1) required.", "x = " + Num(x)}));
+  if (iderm >= kx) return 0.0;
+  // The derivative of a spline of order k is a spline of order k-1 on the
+  // same knots, with coefficients (k-1)(a_i - a_{i-1}) / (t_{i+k-1} - t_i).
+  std::vector<double> a(bscoef.begin() + (l - kx + 1), bscoef.begin() + (l + 1));
+  for (int m = 1; m <= iderm; ++m) {
+    const int k = kx - m;
+    for (int r = kx - 1; r >= m; --r) {
+      const int i = l - kx + 1 + r;
+      const double span = xknot[i + k] - xknot[i];
+      a[r] = span > 0.0 ? k * (a[r] - a[r - 1]) / span : 0.0;
+    }
+  }
+  const std::vector<double> b = BasisValues(x, kx - iderm, xknot, l);
+  double value = 0.0;
+  for (int r = 0; r < kx - iderm; ++r) value += a[iderm + r] * b[r];
   return value;
 }
 

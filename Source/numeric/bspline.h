@@ -18,6 +18,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace quintor {
@@ -42,6 +43,9 @@ std::vector<double> dbsint(const std::vector<double>& xvec, const std::vector<do
 // Value at `x` of the spline of order `kx` with knots `xknot` and
 // coefficients `bscoef`.
 double dbsval(double x, int kx, const std::vector<double>& xknot, const std::vector<double>& bscoef);
+
+// Derivative of order `iderm` (0: the value) of that spline at `x`.
+double dbsder(int iderm, double x, int kx, const std::vector<double>& xknot, const std::vector<double>& bscoef);
 
 // Coefficients of the tensor-product interpolant through xydata[i][j] at
 // (xvec[i], yvec[j]); the result holds coefficient (i, j) at i*ny + j.

@@ -73,6 +73,15 @@ TwoGroupMoment ReducedMomentOfGroups(const std::vector<double>& masses, const st
   return r;
 }
 
+// Why this form: let the top turn at rate w about the axis (unit lambda,
+// through P) while the molecule translates with V and turns with Omega about
+// its centre of mass R. Atom a moves with V + Omega x (r_a - R) + w v_a,
+// v_a = lambda x (r_a - P) on the top and 0 elsewhere, and
+//   2T = M V^2 + Omega.I.Omega + w^2 A + 2 w V.t + 2 w Omega.L,
+// the cross term of V and Omega vanishing about the centre of mass. Free
+// overall motion takes the least kinetic energy: V = -w t/M, Omega = -w I^-1 L,
+// which leaves 2T = w^2 (A - t.t/M - L.I^-1.L). On the principal axes of I
+// the last term is sum_i (L.e_i)^2 / I_i.
 double PitzerReducedMoment(const std::vector<double>& masses, const std::vector<Vec3>& xyz,
                            const std::vector<int>& top, const Vec3& axis1, const Vec3& axis2) {
   const Vec3 lambda = UnitAxis(axis1, axis2);
