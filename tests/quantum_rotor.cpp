@@ -1,0 +1,81 @@
+#include "quantum_rotor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <stdexcept>
+#include <vector>
+
+extern "C" {
+// LAPACK: eigenvalues of a symmetric tridiagonal matrix.
+void dstev_(const char* jobz, const int* n, double* d, double* e, double* z, const int* ldz, double* work,
+            int* info, size_t jobzLen);
+}
+
+namespace quintor::testing {
+
+namespace {
+
+// CODATA 1998, as the program; R = k NA.
+constexpr double kPlanck = 6.62606876e-34;
+constexpr double kBoltzmann = 1.3806503e-23;
+constexpr double kAvogadro = 6.02214199e23;
+constexpr double kR = kBoltzmann * kAvogadro;
+constexpr double kPi = 3.14159265358979323846;
+
+// Levels (in kT) of the states m = j + n l: the potential couples m only to
+// m +- n, so each residue j mod n is a tridiagonal block.
+std::vector<double> BlockLevels(double x, double theta, int n, int j) {
+  // Plane waves up to theta m^2 > x + 60 carry nothing at this temperature.
+  const int L = static_cast<int>(std::ceil(std::sqrt((x + 60.0) / theta) / n)) + 4;
+  const int size = 2 * L + 1;
+  std::vector<double> d(size), e(size - 1, -x / 4.0);
+  for (int i = 0; i < size; ++i) {
+    const double m = j + n * (i - L);
+    d[i] = theta * m * m + x / 2.0;
+  }
+  int info = 0;
+  const int ldz = 1;
+  std::vector<double> work(1);
+  dstev_("N", &size, d.data(), e.data(), nullptr, &ldz, work.data(), &info, 1);
+  if (info != 0) throw std::runtime_error("dstev failed");
+  return d;
+}
+
+}  // namespace
+
+double RotationalTemperatureRatio(double moment, double T) {
+  const double hbar = kPlanck / (2.0 * kPi);
+  return hbar * hbar / (2.0 * moment * kBoltzmann * T);
+}
+
+QuantumRotor ExactHinderedRotorReduced(double x, double theta, int n) {
+  std::vector<double> levels;
+  for (int j = 0; j < n; ++j) {
+    const std::vector<double> block = BlockLevels(x, theta, n, j);
+    levels.insert(levels.end(), block.begin(), block.end());
+  }
+  const double e0 = *std::min_element(levels.begin(), levels.end());
+  double q = 0.0, e1 = 0.0, e2 = 0.0;
+  for (double e : levels) {
+    const double de = e - e0;
+    const double w = std::exp(-de);
+    q += w;
+    e1 += w * de;
+    e2 += w * de * de;
+  }
+  e1 /= q;
+  e2 /= q;
+  QuantumRotor r;
+  r.Q = q / n;
+  r.HoverT = kR * e1;
+  r.C = kR * (e2 - e1 * e1);
+  r.S = kR * (std::log(r.Q) + e1);
+  return r;
+}
+
+QuantumRotor ExactHinderedRotor(double V0, double moment, int n, double T) {
+  return ExactHinderedRotorReduced(1000.0 * V0 / (kR * T), RotationalTemperatureRatio(moment, T), n);
+}
+
+}  // namespace quintor::testing
