@@ -7,11 +7,8 @@
 
 #include <fmt/format.h>
 
-extern "C" {
-// LAPACK: LU with partial pivoting of a general band matrix, and the solve.
-void dgbsv_(const int* n, const int* kl, const int* ku, const int* nrhs, double* ab, const int* ldab, int* ipiv,
-            double* b, const int* ldb, int* info);
-}
+#include "numeric/lapack.h"
+
 
 namespace quintor {
 
@@ -99,10 +96,8 @@ bool SolveCollocation(const std::vector<double>& x, int k, const std::vector<dou
       ab[static_cast<size_t>(j) * ldab + (kl + ku + i - j)] = rows[i][r];
     }
   std::vector<int> ipiv(n);
-  int info = 0;
-  const int ldb = n;
-  dgbsv_(&n, &kl, &ku, &nrhs, ab.data(), &ldab, ipiv.data(), rhs.data(), &ldb, &info);
-  return info == 0;
+  // LU with partial pivoting of the band matrix, and the solve.
+  return lapack::dgbsv(n, kl, ku, nrhs, ab.data(), ldab, ipiv.data(), rhs.data(), n) == 0;
 }
 
 void CheckKnots(const std::vector<double>& t, int k, size_t n, const char* routine, const char* name) {

@@ -9,13 +9,8 @@
 #include "io/file_names.h"
 #include "io/fortran_io.h"
 #include "io/line_reader.h"
+#include "numeric/lapack.h"
 
-extern "C" {
-// LAPACK: generalised symmetric-definite eigenproblem A x = lambda B x.
-void dsygv_(const int* itype, const char* jobz, const char* uplo, const int* n, double* a, const int* lda,
-            double* b, const int* ldb, double* w, double* work, const int* lwork, int* info, size_t jobzLen,
-            size_t uploLen);
-}
 
 namespace quintor {
 
@@ -140,16 +135,12 @@ bool SolveMassWeighted(const Hessian& hessian, const std::vector<double>& mass, 
     size_t atom = static_cast<size_t>(i / 3);
     b[static_cast<size_t>(i) * un + static_cast<size_t>(i)] = atom < mass.size() ? mass[atom] : 0.0;
   }
-  const int itype = 1;
-  const char jobz = 'V', uplo = 'L';
-  int info = 0, lwork = -1;
+  // The generalised symmetric-definite problem A x = lambda B x, lower triangles.
   double query = 0.0;
-  dsygv_(&itype, &jobz, &uplo, &n, a.data(), &n, b.data(), &n, w.data(), &query, &lwork, &info, 1, 1);
-  if (info != 0) return false;
-  lwork = std::max(1, static_cast<int>(query));
+  if (lapack::dsygv(1, 'V', 'L', n, a.data(), n, b.data(), n, w.data(), &query, -1) != 0) return false;
+  const int lwork = std::max(1, static_cast<int>(query));
   std::vector<double> work(static_cast<size_t>(lwork));
-  dsygv_(&itype, &jobz, &uplo, &n, a.data(), &n, b.data(), &n, w.data(), work.data(), &lwork, &info, 1, 1);
-  if (info != 0) return false;
+  if (lapack::dsygv(1, 'V', 'L', n, a.data(), n, b.data(), n, w.data(), work.data(), lwork) != 0) return false;
 
   std::vector<int> order = HeapSortAscending(w);
   out.lambda = w;

@@ -1,0 +1,95 @@
+#include "numeric/lapack.h"
+
+#include <dlfcn.h>
+
+#include <cstddef>
+#include <mutex>
+
+namespace quintor::lapack {
+
+namespace {
+
+// gfortran passes the length of each character argument at the end.
+using Len = std::size_t;
+using Dsygv = void(const int*, const char*, const char*, const int*, double*, const int*, double*, const int*,
+                   double*, double*, const int*, int*, Len, Len);
+using Dsyevd = void(const char*, const char*, const int*, double*, const int*, double*, double*, const int*, int*,
+                    const int*, int*, Len, Len);
+using Dgesv = void(const int*, const int*, double*, const int*, int*, double*, const int*, int*);
+using Dgbsv = void(const int*, const int*, const int*, const int*, double*, const int*, int*, double*, const int*,
+                   int*);
+using SetNumThreads = void(int);
+
+struct Library {
+  void* handle = nullptr;
+  Dsygv* dsygv = nullptr;
+  Dsyevd* dsyevd = nullptr;
+  Dgesv* dgesv = nullptr;
+  Dgbsv* dgbsv = nullptr;
+  SetNumThreads* setThreads = nullptr;
+};
+
+template <class F>
+F* Symbol(void* handle, const char* name) {
+  return reinterpret_cast<F*>(dlsym(handle, name));
+}
+
+const Library& Load() {
+  static Library lib;
+  static std::once_flag once;
+  std::call_once(once, [] {
+    for (const char* name : {"liblapack.so.3", "libopenblas.so.0", "liblapack.so"}) {
+      lib.handle = dlopen(name, RTLD_NOW | RTLD_LOCAL);
+      if (lib.handle) break;
+    }
+    if (!lib.handle) return;
+    lib.dsygv = Symbol<Dsygv>(lib.handle, "dsygv_");
+    lib.dsyevd = Symbol<Dsyevd>(lib.handle, "dsyevd_");
+    lib.dgesv = Symbol<Dgesv>(lib.handle, "dgesv_");
+    lib.dgbsv = Symbol<Dgbsv>(lib.handle, "dgbsv_");
+    lib.setThreads = Symbol<SetNumThreads>(lib.handle, "openblas_set_num_threads");
+    if (lib.setThreads) lib.setThreads(1);
+  });
+  return lib;
+}
+
+template <class F>
+F& Routine(F* Library::*member, const char* name) {
+  F* f = Load().*member;
+  if (!f) throw Unavailable(std::string("LAPACK routine ") + name + " not found (install liblapack3 or libopenblas0)");
+  return *f;
+}
+
+}  // namespace
+
+int dsygv(int itype, char jobz, char uplo, int n, double* a, int lda, double* b, int ldb, double* w, double* work,
+          int lwork) {
+  int info = 0;
+  Routine(&Library::dsygv, "DSYGV")(&itype, &jobz, &uplo, &n, a, &lda, b, &ldb, w, work, &lwork, &info, 1, 1);
+  return info;
+}
+
+int dsyevd(char jobz, char uplo, int n, double* a, int lda, double* w, double* work, int lwork, int* iwork,
+           int liwork) {
+  int info = 0;
+  Routine(&Library::dsyevd, "DSYEVD")(&jobz, &uplo, &n, a, &lda, w, work, &lwork, iwork, &liwork, &info, 1, 1);
+  return info;
+}
+
+int dgesv(int n, int nrhs, double* a, int lda, int* ipiv, double* b, int ldb) {
+  int info = 0;
+  Routine(&Library::dgesv, "DGESV")(&n, &nrhs, a, &lda, ipiv, b, &ldb, &info);
+  return info;
+}
+
+int dgbsv(int n, int kl, int ku, int nrhs, double* ab, int ldab, int* ipiv, double* b, int ldb) {
+  int info = 0;
+  Routine(&Library::dgbsv, "DGBSV")(&n, &kl, &ku, &nrhs, ab, &ldab, ipiv, b, &ldb, &info);
+  return info;
+}
+
+void SetThreads(int n) {
+  if (SetNumThreads* f = Load().setThreads) f(n);
+}
+
+}  // namespace quintor::lapack

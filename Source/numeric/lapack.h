@@ -1,0 +1,27 @@
+// LAPACK, loaded when a computation first needs it. Most batch runs need
+// none, and loading OpenBLAS costs every start a few milliseconds (its
+// thread pool); once loaded it runs on one thread unless a caller asks for
+// more. The routines take their arguments as the Fortran ones do and return
+// INFO (0 on success).
+#pragma once
+
+#include <stdexcept>
+
+namespace quintor::lapack {
+
+// No LAPACK library could be loaded (liblapack.so.3 or libopenblas.so.0).
+struct Unavailable : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+int dsygv(int itype, char jobz, char uplo, int n, double* a, int lda, double* b, int ldb, double* w, double* work,
+          int lwork);
+int dsyevd(char jobz, char uplo, int n, double* a, int lda, double* w, double* work, int lwork, int* iwork,
+           int liwork);
+int dgesv(int n, int nrhs, double* a, int lda, int* ipiv, double* b, int ldb);
+int dgbsv(int n, int kl, int ku, int nrhs, double* ab, int ldab, int* ipiv, double* b, int ldb);
+
+// Threads of the BLAS under LAPACK (OpenBLAS only; 1 after loading).
+void SetThreads(int n);
+
+}  // namespace quintor::lapack
