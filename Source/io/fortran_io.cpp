@@ -1,6 +1,7 @@
 #include "io/fortran_io.h"
 
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -81,7 +82,48 @@ std::string ReadErrorMessage(const FieldPlace& where, std::string_view text) {
 FatalReadError::FatalReadError(const FieldPlace& where, std::string_view text)
     : std::runtime_error(ReadErrorMessage(where, text)), where_(where), text_(text) {}
 
+namespace {
+
+// The plain case of a real field: blanks around one token of the form
+// [sign] digits [. digits] [E [sign] at most three digits], with a point or
+// with no decimals implied. Most numbers of a log look so; std::from_chars
+// reads them correctly rounded, as strtod does in the general case below.
+std::optional<double> PlainReal(std::string_view field, int impliedDecimals) {
+  size_t b = 0, e = field.size();
+  while (b < e && IsBlank(field[b])) ++b;
+  while (e > b && IsBlank(field[e - 1])) --e;
+  std::string_view t = field.substr(b, e - b);
+  if (t.empty()) return std::nullopt;
+  size_t i = 0;
+  if (t[0] == '+' || t[0] == '-') ++i;
+  bool point = false, digit = false;
+  for (; i < t.size(); ++i) {
+    const char c = t[i];
+    if (c >= '0' && c <= '9') digit = true;
+    else if (c == '.' && !point) point = true;
+    else break;
+  }
+  if (!digit || (!point && impliedDecimals != 0)) return std::nullopt;
+  if (i < t.size()) {
+    if (t[i] != 'E' && t[i] != 'e') return std::nullopt;
+    size_t j = i + 1;
+    if (j < t.size() && (t[j] == '+' || t[j] == '-')) ++j;
+    const size_t digits = t.size() - j;
+    if (digits == 0 || digits > 3) return std::nullopt;
+    for (; j < t.size(); ++j)
+      if (t[j] < '0' || t[j] > '9') return std::nullopt;
+  }
+  const bool plus = t[0] == '+';
+  double v = 0.0;
+  const auto [end, ec] = std::from_chars(t.data() + (plus ? 1 : 0), t.data() + t.size(), v);
+  if (ec != std::errc() || end != t.data() + t.size()) return std::nullopt;
+  return v;
+}
+
+}  // namespace
+
 std::optional<double> ParseFortranReal(std::string_view field, int impliedDecimals) {
+  if (auto v = PlainReal(field, impliedDecimals)) return v;
   std::string s;
   s.reserve(field.size());
   for (char c : field)

@@ -11,6 +11,10 @@
 #include <cstring>
 #include <string_view>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace quintor {
 
 class KeyChars {
@@ -22,30 +26,10 @@ class KeyChars {
       id_[keys_[i]] = static_cast<unsigned char>(i + 1);
       count_ = i + 1;
     }
+    for (size_t i = count_; i < keys_.size(); ++i) keys_[i] = keys_[0];  // repeats find nothing new
   }
   int Id(char c) const { return id_[static_cast<unsigned char>(c)]; }
-
-  // Whether any of the 16 characters at d is a key character.
-  bool InChunk(const char* d) const {
-#if defined(__GNUC__) || defined(__clang__)
-    using Chunk = unsigned char __attribute__((vector_size(16)));
-    Chunk v, m{};
-    std::memcpy(&v, d, sizeof v);
-    for (size_t i = 0; i < count_; ++i) {
-      Chunk k;
-      for (int j = 0; j < 16; ++j) k[j] = keys_[i];
-      m |= (v == k);
-    }
-    std::uint64_t lo, hi;
-    std::memcpy(&lo, &m, 8);
-    std::memcpy(&hi, reinterpret_cast<const char*>(&m) + 8, 8);
-    return (lo | hi) != 0;
-#else
-    for (int j = 0; j < 16; ++j)
-      if (Id(d[j])) return true;
-    return false;
-#endif
-  }
+  unsigned char Key(size_t i) const { return keys_[i]; }
 
  private:
   std::array<unsigned char, 256> id_{};
@@ -53,22 +37,45 @@ class KeyChars {
   size_t count_ = 0;
 };
 
-// Calls at(p, id) for every key character of the line, in order.
+// Calls at(p, id) for every key character of the line, in order. Sixteen
+// characters are compared with the keys at once, and only the positions that
+// hit are visited.
 template <class AtKey>
 void ForEachKey(std::string_view line, const KeyChars& keys, AtKey&& at) {
   const size_t n = line.size();
   size_t p = 0;
-  for (; p + 16 <= n; p += 16)
-    if (keys.InChunk(line.data() + p))
-      for (size_t k = p; k < p + 16; ++k)
-        if (int id = keys.Id(line[k])) at(k, id);
+#if defined(__SSE2__)
+  const __m128i k0 = _mm_set1_epi8(static_cast<char>(keys.Key(0)));
+  const __m128i k1 = _mm_set1_epi8(static_cast<char>(keys.Key(1)));
+  const __m128i k2 = _mm_set1_epi8(static_cast<char>(keys.Key(2)));
+  const __m128i k3 = _mm_set1_epi8(static_cast<char>(keys.Key(3)));
+  const __m128i k4 = _mm_set1_epi8(static_cast<char>(keys.Key(4)));
+  for (; p + 16 <= n; p += 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(line.data() + p));
+    const __m128i hit = _mm_or_si128(
+        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, k0), _mm_cmpeq_epi8(v, k1)),
+                     _mm_or_si128(_mm_cmpeq_epi8(v, k2), _mm_cmpeq_epi8(v, k3))),
+        _mm_cmpeq_epi8(v, k4));
+    for (unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(hit)); mask != 0; mask &= mask - 1) {
+      const size_t k = p + static_cast<size_t>(__builtin_ctz(mask));
+      at(k, keys.Id(line[k]));
+    }
+  }
+#endif
   for (; p < n; ++p)
     if (int id = keys.Id(line[p])) at(p, id);
 }
 
 // Whether `anchor` stands in `line` with its character number `at` (0-based)
-// at position p.
-inline bool Around(std::string_view line, size_t p, std::string_view anchor, size_t at) {
+// at position p. The anchors are literals: their length is known when the
+// code is compiled, and the comparison becomes a few word compares.
+template <size_t N>
+inline bool Around(std::string_view line, size_t p, const char (&anchor)[N], size_t at) {
+  constexpr size_t n = N - 1;
+  return p >= at && p - at + n <= line.size() && std::memcmp(line.data() + p - at, anchor, n) == 0;
+}
+// The same for an anchor chosen at run time.
+inline bool AroundText(std::string_view line, size_t p, std::string_view anchor, size_t at) {
   return p >= at && p - at + anchor.size() <= line.size() && line.compare(p - at, anchor.size(), anchor) == 0;
 }
 

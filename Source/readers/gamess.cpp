@@ -65,9 +65,9 @@ enum Anchor : unsigned {
   kMp2 = 1u << 9,           // "E(MP2)="
 };
 
-constexpr std::string_view kStateMultText = "STATE MULTIPLICITY                  =";
-constexpr std::string_view kStartPointText = "ATOM      ATOMIC                      COORDINATES (BOHR)";
-constexpr std::string_view kFrequencyText = "      FREQUENCY:";
+constexpr char kStateMultText[] = "STATE MULTIPLICITY                  =";
+constexpr char kStartPointText[] = "ATOM      ATOMIC                      COORDINATES (BOHR)";
+constexpr char kFrequencyText[] = "      FREQUENCY:";
 
 constexpr KeyChars kKeys("N*U(Q");
 enum KeyChar : int { kCapitalN = 1, kStar, kCapitalU, kParen, kCapitalQ };
@@ -87,7 +87,7 @@ inline void AnchorsAt(std::string_view line, size_t p, int key, unsigned& hits) 
       if (Around(line, p, "MULT  =", 1)) hits |= kMult;
       break;
     case kParen:
-      if (Around(line, p, kStartPointText, kStartPointText.size() - 6)) hits |= kStartPoint;
+      if (Around(line, p, kStartPointText, sizeof kStartPointText - 7)) hits |= kStartPoint;
       if (Around(line, p, "ATOMIC WEIGHTS (AMU)", 15)) hits |= kWeights;
       if (Around(line, p, "E(MP2)=", 1)) hits |= kMp2;
       break;

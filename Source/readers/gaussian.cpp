@@ -56,21 +56,42 @@ enum KeyChar : int { kColon = 1, kEqual, kCapitalF, kStar, kSmallB };
 
 
 // The anchors around the character at position p, added to `hits`.
+// The character before the key picks the anchors worth comparing: most key
+// characters of a log (the "=" of every SCF cycle) stand in no anchor.
 inline void AnchorsAt(std::string_view line, size_t p, int key, std::string_view heading, unsigned& hits) {
+  const char before = p > 0 ? line[p - 1] : '\0';
   switch (key) {
     case kColon:
-      if (Around(line, p, heading, heading.size() - 1)) hits |= kHeading;
-      if (Around(line, p, "SCF Done:", 8)) hits |= kScfDone;
-      if (Around(line, p, "Input orientation:", 17) || Around(line, p, "Z-Matrix orientation:", 20))
-        hits |= kOtherHeading;  // the heading in force is told apart by kHeading
+      if (before == 'n') {
+        if (AroundText(line, p, heading, heading.size() - 1)) hits |= kHeading;
+        if (Around(line, p, "Input orientation:", 17) || Around(line, p, "Z-Matrix orientation:", 20))
+          hits |= kOtherHeading;  // the heading in force is told apart by kHeading
+      } else if (before == 'e' && Around(line, p, "SCF Done:", 8)) {
+        hits |= kScfDone;
+      }
       break;
     case kEqual:
-      if (Around(line, p, " Multiplicity =", 14)) hits |= kMultiplicity;
-      if (Around(line, p, "EUMP2 =", 6) || Around(line, p, "EUMP2=", 5)) hits |= kMp2;
-      if (Around(line, p, "NIter=", 5)) hits |= kNIter;
-      if (Around(line, p, "field step=", 10)) hits |= kFieldStep;
-      if (Around(line, p, " Enthalpy=", 9)) hits |= kEnthalpy;
-      if (Around(line, p, " Free Energy=", 12)) hits |= kFreeEnergy;
+      switch (before) {
+        case ' ':
+          if (Around(line, p, " Multiplicity =", 14)) hits |= kMultiplicity;
+          if (Around(line, p, "EUMP2 =", 6)) hits |= kMp2;
+          break;
+        case '2':
+          if (Around(line, p, "EUMP2=", 5)) hits |= kMp2;
+          break;
+        case 'r':
+          if (Around(line, p, "NIter=", 5)) hits |= kNIter;
+          break;
+        case 'p':
+          if (Around(line, p, "field step=", 10)) hits |= kFieldStep;
+          break;
+        case 'y':
+          if (Around(line, p, " Enthalpy=", 9)) hits |= kEnthalpy;
+          if (Around(line, p, " Free Energy=", 12)) hits |= kFreeEnergy;
+          break;
+        default:
+          break;
+      }
       break;
     case kCapitalF:
       if (Around(line, p, "Maximum Force", 8)) hits |= kMaxForce;
