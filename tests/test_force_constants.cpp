@@ -28,50 +28,6 @@ namespace {
 
 // ---- What the GAMESS log printed ---------------------------------------------------
 
-struct GamessModes {
-  std::vector<double> freq, redMass;
-  std::vector<std::vector<Vec3>> disp;  // [mode][atom]
-};
-
-std::vector<std::string> Words(const std::string& s) {
-  std::istringstream is(s);
-  std::vector<std::string> w;
-  for (std::string x; is >> x;) w.push_back(x);
-  return w;
-}
-
-GamessModes ParseGamessModes(const std::string& path, int nAtoms) {
-  std::ifstream f(path);
-  GamessModes g;
-  std::string line;
-  while (std::getline(f, line)) {
-    if (line.find("       FREQUENCY:") == std::string::npos) continue;
-    const size_t first = g.freq.size();
-    std::vector<std::string> w = Words(line.substr(line.find(':') + 1));
-    for (size_t k = 0; k < w.size(); ++k) {
-      if (w[k] == "I") {
-        g.freq.back() = -g.freq.back();
-        continue;
-      }
-      g.freq.push_back(std::stod(w[k]));
-    }
-    const size_t cols = g.freq.size() - first;
-    g.disp.resize(g.freq.size(), std::vector<Vec3>(static_cast<size_t>(nAtoms)));
-    while (std::getline(f, line) && line.find("REDUCED MASS:") == std::string::npos) {
-    }
-    for (const auto& x : Words(line.substr(line.find(':') + 1))) g.redMass.push_back(std::stod(x));
-    std::getline(f, line);  // intensities
-    std::getline(f, line);  // blank
-    for (int row = 0; row < 3 * nAtoms; ++row) {
-      std::getline(f, line);
-      std::vector<std::string> v = Words(line.substr(20));
-      for (size_t k = 0; k < cols; ++k)
-        g.disp[first + k][static_cast<size_t>(row / 3)][static_cast<size_t>(row % 3)] = std::stod(v[k]);
-    }
-  }
-  return g;
-}
-
 // The ammonia transition state of GAMESS(US) 2018, copied with its punch
 // file into `dir` and read in a whole run.
 void PrepareNh3(Session& s, const TempDir& dir, bool withPunch = true) {
@@ -98,7 +54,7 @@ TEST(ForceConstants, PunchHessianOfAmmoniaGivesTheFrequenciesOfGamess) {
   TempDir dir;
   Session s;
   ASSERT_NO_FATAL_FAILURE(PrepareNh3(s, dir));
-  const GamessModes printed = ParseGamessModes(s.files.inputName, 4);
+  const GamessModes printed = ReadGamessModes(FileLines(s.files.inputName));
   ASSERT_EQ(printed.freq.size(), 12u);
   s.opt.recalcFreq = true;
   std::string report = RunToFile(s, dir);
@@ -158,7 +114,7 @@ TEST(ForceConstants, MissingPunchFileGivesReducedMassesFromTheVectors) {
   TempDir dir;
   Session s;
   ASSERT_NO_FATAL_FAILURE(PrepareNh3(s, dir, false));
-  const GamessModes printed = ParseGamessModes(s.files.inputName, 4);
+  const GamessModes printed = ReadGamessModes(FileLines(s.files.inputName));
   std::string report = RunToFile(s, dir);
   const std::string name = s.files.inputName.substr(0, s.files.inputName.size() - 4) + ".pun";
   EXPECT_NE(report.find(" WARNING! Can not find PUN-file (" + name.substr(0, 16) + "):\n"

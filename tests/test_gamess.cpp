@@ -36,126 +36,50 @@ struct Printed {
   std::vector<int> startZ;
   std::vector<double> masses;
   int multiplicity = -1;
-  std::vector<double> freq, redMass, ir;     // all 3N modes in log order
-  std::vector<std::vector<std::array<double, 3>>> disp;  // [mode][atom]
+  GamessModes modes;
 };
-
-std::vector<std::string> Words(const std::string& s) {
-  std::istringstream is(s);
-  std::vector<std::string> w;
-  for (std::string x; is >> x;) w.push_back(x);
-  return w;
-}
-
-std::vector<std::string> Lines(const std::string& path) {
-  std::ifstream f(path);
-  std::vector<std::string> lines;
-  for (std::string l; std::getline(f, l);) {
-    if (!l.empty() && l.back() == '\r') l.pop_back();
-    lines.push_back(l);
-  }
-  return lines;
-}
 
 bool Has(const std::string& line, const char* what) { return line.find(what) != std::string::npos; }
 
-// The values after the label of a mode row ("IR INTENSITY:  1.0  2.0").
-std::vector<double> AfterColon(const std::string& line) {
-  std::vector<double> v;
-  for (const auto& w : Words(line.substr(line.find(':') + 1))) v.push_back(std::stod(w));
-  return v;
+// Rows "NAME Z X Y Z" from line `k` to the next blank line.
+std::vector<std::array<double, 3>> AtomRows(const std::vector<std::string>& lines, size_t k, std::vector<int>* z = nullptr) {
+  std::vector<std::array<double, 3>> rows;
+  for (; k < lines.size() && Words(lines[k]).size() >= 5; ++k) {
+    const auto w = Words(lines[k]);
+    rows.push_back({std::stod(w[2]), std::stod(w[3]), std::stod(w[4])});
+    if (z) z->push_back(static_cast<int>(std::lround(std::stod(w[1]))));
+  }
+  return rows;
 }
 
 Printed ParseLog(const std::string& path) {
-  const auto lines = Lines(path);
+  const auto lines = FileLines(path);
   Printed p;
+  p.modes = ReadGamessModes(lines);
   for (size_t i = 0; i < lines.size(); ++i) {
     const std::string& l = lines[i];
     if (Has(l, "1NSERCH") || Has(l, "GEOMETRY SEARCH POINT NSERCH=") || Has(l, "LOCATED *****")) {
       ++p.sets;
       p.gmax.push_back(999999.0);
       p.grms.push_back(999999.0);
-      p.xyz.emplace_back();
-      size_t k = i;
-      while (!Has(lines[k], "COORDINATES OF ALL ATOMS")) ++k;
-      for (k += 3; k < lines.size() && !Words(lines[k]).empty(); ++k) {
-        auto w = Words(lines[k]);
-        p.xyz.back().push_back({std::stod(w[2]), std::stod(w[3]), std::stod(w[4])});
-      }
-      i = k;
-      continue;
-    }
-    if (Has(l, "NSERCH=") && Has(l, "ENERGY=")) {
-      auto w = Words(l);
-      p.energyByStep[std::stoi(w[1])] = std::stod(w[3]);
-    }
-    if (Has(l, "MAXIMUM GRADIENT =") && p.sets > 0) {
-      auto w = Words(l);
-      p.gmax.back() = std::stod(w[3]);
-      p.grms.back() = std::stod(w[7]);
-    }
-    if (p.multiplicity == -1 && (Has(l, "STATE MULTIPLICITY") || Has(l, "MULT  =")))
-      p.multiplicity = std::stoi(Words(l.substr(l.find('=') + 1))[0]);
-    if (Has(l, "COORDINATES (BOHR)")) {
-      for (size_t k = i + 2; !Words(lines[k]).empty(); ++k) {
-        auto w = Words(lines[k]);
-        p.startZ.push_back(static_cast<int>(std::lround(std::stod(w[1]))));
-        p.start.push_back({std::stod(w[2]), std::stod(w[3]), std::stod(w[4])});
-      }
-    }
-    if (Has(l, "ATOMIC WEIGHTS (AMU)")) {
+      while (!Has(lines.at(i), "COORDINATES OF ALL ATOMS")) ++i;
+      p.xyz.push_back(AtomRows(lines, i + 3));
+    } else if (Has(l, "NSERCH=") && Has(l, "ENERGY=")) {
+      p.energyByStep[std::stoi(Words(l)[1])] = std::stod(Words(l)[3]);
+    } else if (Has(l, "MAXIMUM GRADIENT =") && p.sets > 0) {
+      p.gmax.back() = std::stod(Words(l)[3]);
+      p.grms.back() = std::stod(Words(l)[7]);
+    } else if (p.multiplicity == -1 && (Has(l, "STATE MULTIPLICITY") || Has(l, "MULT  ="))) {
+      p.multiplicity = std::stoi(Words(l.substr(l.find('=') + 1)).at(0));
+    } else if (Has(l, "COORDINATES (BOHR)")) {
+      p.start = AtomRows(lines, i + 2, &p.startZ);
+    } else if (Has(l, "ATOMIC WEIGHTS (AMU)")) {
       p.masses.clear();
       for (size_t k = i + 2; !Words(lines[k]).empty(); ++k) p.masses.push_back(std::stod(Words(lines[k]).back()));
-    }
-    if (Has(l, "      FREQUENCY:")) {
-      // Values, an "I" after an imaginary one.
-      auto w = Words(l.substr(l.find(':') + 1));
-      size_t cols = 0;
-      for (const auto& x : w) {
-        if (x == "I") {
-          p.freq.back() = -p.freq.back();
-        } else {
-          p.freq.push_back(std::stod(x));
-          ++cols;
-        }
-      }
-      size_t k = i + 1;
-      bool red = false;
-      for (; !Words(lines[k]).empty(); ++k) {
-        if (Has(lines[k], "REDUCED MASS:")) {
-          auto v = AfterColon(lines[k]);
-          p.redMass.insert(p.redMass.end(), v.begin(), v.end());
-          red = true;
-        }
-        if (Has(lines[k], "IR INTENSITY:")) {
-          auto v = AfterColon(lines[k]);
-          p.ir.insert(p.ir.end(), v.begin(), v.end());
-        }
-      }
-      if (!red) p.redMass.resize(p.freq.size(), 0.0);
-      // Three rows per atom; the values are the last `cols` words of a row.
-      const size_t first = p.freq.size() - cols;
-      p.disp.resize(p.freq.size());
-      for (++k; k < lines.size() && !Words(lines[k]).empty(); k += 3) {
-        for (size_t c = 0; c < cols; ++c) {
-          std::array<double, 3> d{};
-          for (int j = 0; j < 3; ++j) {
-            auto w2 = Words(lines[k + static_cast<size_t>(j)]);
-            d[j] = std::stod(w2[w2.size() - cols + c]);
-          }
-          p.disp[first + c].push_back(d);
-        }
-      }
     }
   }
   return p;
 }
-
-
-// ---- Running ------------------------------------------------------------------
-
-
-
 
 void ExpectNear(double got, double want, const std::string& what) {
   EXPECT_NEAR(got, want, 1e-10 * std::max(1.0, std::fabs(want))) << what;
@@ -204,25 +128,26 @@ void CheckAgainstLog(const std::string& rel, int wantSets) {
   }
 
   // All 3N modes, in the order of the log.
-  if (p.freq.empty()) {
+  const GamessModes& pm = p.modes;
+  if (pm.freq.empty()) {
     EXPECT_TRUE(s.modes.empty());
     return;
   }
-  ASSERT_EQ(p.freq.size(), 3 * n);
-  ASSERT_EQ(p.redMass.size(), 3 * n);
-  ASSERT_EQ(p.ir.size(), 3 * n);
+  ASSERT_EQ(pm.freq.size(), 3 * n);
+  ASSERT_EQ(pm.redMass.size(), 3 * n);
+  ASSERT_EQ(pm.ir.size(), 3 * n);
   ASSERT_EQ(s.modes.size(), 3 * n);
   for (size_t v = 0; v < 3 * n; ++v) {
     const VibMode& m = s.modes[v];
     const std::string at = " of mode " + std::to_string(v + 1);
-    ExpectNear(m.freq, p.freq[v], "frequency" + at);
-    ExpectNear(m.redMass, p.redMass[v], "reduced mass" + at);
-    ExpectNear(m.intensity, p.ir[v] * kKmPerMol, "intensity" + at);
+    ExpectNear(m.freq, pm.freq[v], "frequency" + at);
+    ExpectNear(m.redMass, pm.redMass[v], "reduced mass" + at);
+    ExpectNear(m.intensity, pm.ir[v] * kKmPerMol, "intensity" + at);
     EXPECT_EQ(m.forceConst, 0.0);
     ASSERT_EQ(m.disp.size(), n);
-    ASSERT_EQ(p.disp[v].size(), n);
+    ASSERT_EQ(pm.disp[v].size(), n);
     for (size_t a = 0; a < n; ++a)
-      for (int k = 0; k < 3; ++k) ExpectNear(m.disp[a][k], p.disp[v][a][k], "displacement" + at);
+      for (int k = 0; k < 3; ++k) ExpectNear(m.disp[a][k], pm.disp[v][a][k], "displacement" + at);
   }
 }
 

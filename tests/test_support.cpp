@@ -127,6 +127,72 @@ std::string Replace(std::string text, const std::string& from, const std::string
   return text;
 }
 
+std::vector<std::string> Words(const std::string& s) {
+  std::istringstream is(s);
+  std::vector<std::string> w;
+  for (std::string x; is >> x;) w.push_back(x);
+  return w;
+}
+
+std::vector<std::string> FileLines(const std::string& path) {
+  std::ifstream f(path);
+  std::vector<std::string> lines;
+  for (std::string l; std::getline(f, l);) {
+    if (!l.empty() && l.back() == '\r') l.pop_back();
+    lines.push_back(l);
+  }
+  return lines;
+}
+
+double Num(std::string word) {
+  for (char& c : word)
+    if (c == 'D' || c == 'd') c = 'E';
+  return std::stod(word);
+}
+
+std::vector<double> NumbersAfter(const std::string& line, const std::string& key) {
+  std::vector<double> v;
+  const size_t at = line.find(key);
+  if (at == std::string::npos) return v;
+  for (const auto& w : Words(line.substr(at + key.size()))) v.push_back(Num(w));
+  return v;
+}
+
+GamessModes ReadGamessModes(const std::vector<std::string>& lines) {
+  GamessModes p;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    if (lines[i].find("      FREQUENCY:") == std::string::npos) continue;
+    size_t cols = 0;
+    for (const auto& x : Words(lines[i].substr(lines[i].find(':') + 1))) {
+      if (x == "I")
+        p.freq.back() = -p.freq.back();
+      else
+        p.freq.push_back(std::stod(x)), ++cols;
+    }
+    size_t k = i + 1;
+    for (; k < lines.size() && !Words(lines[k]).empty(); ++k)
+      for (auto [key, to] : {std::pair{"REDUCED MASS:", &p.redMass}, std::pair{"IR INTENSITY:", &p.ir}}) {
+        const auto v = NumbersAfter(lines[k], key);
+        to->insert(to->end(), v.begin(), v.end());
+      }
+    p.redMass.resize(p.freq.size(), 0.0);
+    // Three rows per atom; the values are the last `cols` words of a row.
+    const size_t first = p.freq.size() - cols;
+    p.disp.resize(p.freq.size());
+    for (++k; k + 2 < lines.size() && !Words(lines[k]).empty(); k += 3)
+      for (size_t c = 0; c < cols; ++c) {
+        std::array<double, 3> d{};
+        for (size_t j = 0; j < 3; ++j) {
+          const auto w = Words(lines[k + j]);
+          d[j] = std::stod(w.at(w.size() - cols + c));
+        }
+        p.disp[first + c].push_back(d);
+      }
+    i = k;
+  }
+  return p;
+}
+
 namespace {
 RunResult RunOn(Session& s, const std::string& path, const std::vector<std::string>& options,
                 void (*prepare)(Session&), const std::string& keys) {

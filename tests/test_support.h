@@ -2,6 +2,7 @@
 // and running the program in-process or as a separate process.
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -65,6 +66,21 @@ int CountText(const std::string& text, const std::string& what);
 // `text` with the nth occurrence of `from` replaced by `to` (a failure when
 // there is none): changed copies of real logs.
 std::string Replace(std::string text, const std::string& from, const std::string& to, int nth = 1);
+
+// Reading what a log prints, by words, for the tests' own parsers.
+std::vector<std::string> Words(const std::string& s);
+std::vector<std::string> FileLines(const std::string& path);  // without a trailing '\r'
+double Num(std::string word);                                // a Fortran 'D' exponent too
+// The numbers after the first `key` of `line`.
+std::vector<double> NumbersAfter(const std::string& line, const std::string& key);
+
+// The mode blocks of a GAMESS log, all 3N modes in log order; an "I" after a
+// frequency makes it negative.
+struct GamessModes {
+  std::vector<double> freq, redMass, ir;
+  std::vector<std::vector<std::array<double, 3>>> disp;  // [mode][atom]
+};
+GamessModes ReadGamessModes(const std::vector<std::string>& lines);
 
 // A whole batch session (/0) on a copy of a log in a fresh directory (the
 // program writes its .mou beside the input). `prepare` may set options on the
