@@ -406,10 +406,14 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       const int i = mol.first[a] + k;
       p[i * n + i] = set.el[mol.z[a]].core / mol.count[a] + shift;
     }
+  if (options.startDensity && options.startDensity->size() == p.size()) p = *options.startDensity;
 
   std::vector<double> f(p.size()), pOld, eval, c;
   std::vector<std::vector<double>> diisF, diisE;
   const int kDiis = 8;
+  // DIIS only once the commutator is small: from a rough start it can settle
+  // on a self-consistent but excited occupation (benzene in AM1 does).
+  const double diisStart = 0.2;
   double eOld = 0, eElec = 0;
   const double crit = options.gradientCalculation ? options.gradientScfCriterion : options.scfCriterion;
   bool converged = false;
@@ -463,8 +467,9 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       diisE.erase(diisE.begin());
     }
     std::vector<double> fx = f;
+    bool usedDiis = false;
     const int m = static_cast<int>(diisF.size());
-    if (m >= 2 && errMax < 1.0) {
+    if (m >= 2 && errMax < diisStart) {
       const int dim = m + 1;
       std::vector<double> b(dim * dim, 0.0), rhs(dim, 0.0);
       for (int i = 0; i < m; ++i)
@@ -476,6 +481,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       for (int i = 0; i < m; ++i) b[i * dim + m] = b[m * dim + i] = -1;
       rhs[m] = -1;
       if (SolveSmall(b, rhs, dim)) {
+        usedDiis = true;
         std::fill(fx.begin(), fx.end(), 0.0);
         for (int i = 0; i < m; ++i)
           for (size_t k = 0; k < fx.size(); ++k) fx[k] += rhs[i] * diisF[i][k];
@@ -497,8 +503,8 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     };
     for (int o = 0; o < doubly; ++o) addOrbital(o, 2.0);
     for (int o : singles) addOrbital(o, 1.0);
-    if (niter <= 2 && diisF.size() < 2) {
-      // a little damping before DIIS takes over
+    if (niter <= 2 || (!usedDiis && deltaE > 0)) {
+      // damping while DIIS has not taken over
       for (size_t i = 0; i < p.size(); ++i) p[i] = 0.5 * (p[i] + pOld[i]);
     }
   }

@@ -27,6 +27,9 @@ struct EngineOptions {
   std::string parameterFile = "MNDOD.DAT";
   // Directory of the working files; "" for the current directory.
   std::string workDir;
+  // Starting density (n x n, from an earlier result at a nearby geometry);
+  // null for the usual start from the atoms.
+  const std::vector<double>* startDensity = nullptr;
   int calculationNumber = 1;
   int geometryNumber = 1;
 };
