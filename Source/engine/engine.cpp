@@ -450,13 +450,20 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     }
     if (niter >= options.maxIterations) break;
 
-    // DIIS on the commutator FP - PF.
-    std::vector<double> err(p.size());
+    // DIIS on the commutator FP - PF; PF is the transpose of FP for symmetric F and P.
+    std::vector<double> fp(p.size(), 0.0), err(p.size());
+    for (int i = 0; i < n; ++i)
+      for (int k = 0; k < n; ++k) {
+        const double fik = f[i * n + k];
+        if (fik == 0) continue;
+        const double* pk = &p[static_cast<size_t>(k) * n];
+        double* row = &fp[static_cast<size_t>(i) * n];
+        for (int j = 0; j < n; ++j) row[j] += fik * pk[j];
+      }
     double errMax = 0;
     for (int i = 0; i < n; ++i)
       for (int j = 0; j < n; ++j) {
-        double v = 0;
-        for (int k = 0; k < n; ++k) v += f[i * n + k] * p[k * n + j] - p[i * n + k] * f[k * n + j];
+        const double v = fp[i * n + j] - fp[j * n + i];
         err[i * n + j] = v;
         errMax = std::max(errMax, std::abs(v));
       }

@@ -1,6 +1,8 @@
 #include "engine/integrals.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "engine/constants.h"
 
@@ -24,13 +26,25 @@ Poly Constant(double v) {
   return p;
 }
 
+// Highest powers of xi and eta that occur, so that products stay cheap.
+std::pair<int, int> Degree(const Poly& a) {
+  int di = -1, dj = -1;
+  for (int i = 0; i < kDeg; ++i)
+    for (int j = 0; j < kDeg; ++j)
+      if (a.c[i][j] != 0) di = std::max(di, i), dj = std::max(dj, j);
+  return {di, dj};
+}
+
 Poly Mul(const Poly& a, const Poly& b) {
   Poly r;
-  for (int i = 0; i < kDeg; ++i)
-    for (int j = 0; j < kDeg; ++j) {
-      if (a.c[i][j] == 0) continue;
-      for (int k = 0; i + k < kDeg; ++k)
-        for (int l = 0; j + l < kDeg; ++l) r.c[i + k][j + l] += a.c[i][j] * b.c[k][l];
+  const auto [ai, aj] = Degree(a);
+  const auto [bi, bj] = Degree(b);
+  for (int i = 0; i <= ai; ++i)
+    for (int j = 0; j <= aj; ++j) {
+      const double v = a.c[i][j];
+      if (v == 0) continue;
+      for (int k = 0; k <= bi && i + k < kDeg; ++k)
+        for (int l = 0; l <= bj && j + l < kDeg; ++l) r.c[i + k][j + l] += v * b.c[k][l];
     }
   return r;
 }
