@@ -151,6 +151,15 @@ TEST(EngineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
   }
 }
 
+TEST(EngineMopac, MndoDWithDOrbitalElementsIsRefusedNotGuessed) {
+  // The d-orbital integrals are still to come: a chlorine compound must be
+  // refused rather than given an sp-only number.
+  const EngineResult r = EngineRun(EngineMethod::MNDOD, ReadXyz("chloromethane").z, ReadXyz("chloromethane").x, 0, 1,
+                                   false, nullptr, BuiltinOnly());
+  EXPECT_EQ(r.status, EngineStatus::NotRun);
+  EXPECT_NE(r.message.find("not available"), std::string::npos);
+}
+
 // ---- Single atoms and special cases ------------------------------------------
 
 TEST(EngineAtoms, HydrogenAtomHeatIsItsEheat) {

@@ -336,6 +336,14 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       if (report) *report << res.message << '\n';
       return res;
     }
+    if (MethodHasDOrbitals(set.method) && OrbitalCount(set.el[z], true) == 9) {
+      // The d-orbital integrals of this extension are not in this version:
+      // a number without them would be wrong, so the call is refused.
+      res.message = fmt::format(" {} with d orbitals on element {} ({}) is not available yet.",
+                                MethodName(set.method), z, ElementSymbol(z));
+      if (report) *report << res.message << '\n';
+      return res;
+    }
     mol.first.push_back(mol.n);
     mol.count.push_back(OrbitalCount(set.el[z], false));
     mol.n += mol.count.back();
