@@ -106,7 +106,7 @@ std::string WriteFile(const std::string& dir, const std::string& name, const std
 
 // ---- Heats of formation against MOPAC ----------------------------------------
 
-TEST(EngineMopac, SinglePointHeatsWithinFiveHundredthsOfAKcal) {
+TEST(engineMopac, SinglePointHeatsWithinFiveHundredthsOfAKcal) {
   const auto refs = ReadReferences("mopac_1scf.txt");
   ASSERT_GT(refs.size(), 50u);
   std::map<std::string, double> worst;
@@ -122,7 +122,7 @@ TEST(EngineMopac, SinglePointHeatsWithinFiveHundredthsOfAKcal) {
 // On H, C, N, O and F alone MNDO/d is MNDO. MOPAC's own MNDOD differs from
 // its MNDO there by 0.01-0.07 kcal/mol (its MNDOD runs through another
 // integral path), so MNDO's number is the one to match.
-TEST(EngineMopac, MndoDOnFirstRowMoleculesIsMndo) {
+TEST(engineMopac, MndoDOnFirstRowMoleculesIsMndo) {
   std::map<std::string, double> mndo;
   for (const Reference& r : ReadReferences("mopac_1scf.txt"))
     if (r.method == "MNDO") mndo[r.molecule] = r.heat;
@@ -136,7 +136,7 @@ TEST(EngineMopac, MndoDOnFirstRowMoleculesIsMndo) {
   EXPECT_GE(checked, 8);
 }
 
-TEST(EngineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
+TEST(engineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
   const auto refs = ReadReferences("mopac_opt.txt");
   ASSERT_FALSE(refs.empty());
   for (const Reference& r : refs) {
@@ -151,7 +151,7 @@ TEST(EngineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
   }
 }
 
-TEST(EngineMopac, MndoDWithDOrbitalElementsIsRefusedNotGuessed) {
+TEST(engineMopac, MndoDWithDOrbitalElementsIsRefusedNotGuessed) {
   // The d-orbital integrals are still to come: a chlorine compound must be
   // refused rather than given an sp-only number.
   const EngineResult r = EngineRun(EngineMethod::MNDOD, ReadXyz("chloromethane").z, ReadXyz("chloromethane").x, 0, 1,
@@ -162,7 +162,7 @@ TEST(EngineMopac, MndoDWithDOrbitalElementsIsRefusedNotGuessed) {
 
 // ---- Single atoms and special cases ------------------------------------------
 
-TEST(EngineAtoms, HydrogenAtomHeatIsItsEheat) {
+TEST(engineAtoms, HydrogenAtomHeatIsItsEheat) {
   for (EngineMethod m : {EngineMethod::MNDO, EngineMethod::AM1, EngineMethod::PM3, EngineMethod::MNDOD}) {
     const EngineResult r = EngineRun(m, {1}, {{0, 0, 0}}, 0, 2, false, nullptr, BuiltinOnly());
     EXPECT_EQ(r.status, EngineStatus::Converged);
@@ -170,7 +170,7 @@ TEST(EngineAtoms, HydrogenAtomHeatIsItsEheat) {
   }
 }
 
-TEST(EngineRunRules, MultiplicityAboveThreeAborts) {
+TEST(engineRunRules, MultiplicityAboveThreeAborts) {
   std::ostringstream report;
   EngineOptions o = BuiltinOnly();
   o.printLevel = 1;
@@ -181,7 +181,7 @@ TEST(EngineRunRules, MultiplicityAboveThreeAborts) {
   EXPECT_NE(report.str().find("   *** MNDO ABORTED ***"), std::string::npos);
 }
 
-TEST(EngineRunRules, DoubletWithEvenElectronsRunsAsGiven) {
+TEST(engineRunRules, DoubletWithEvenElectronsRunsAsGiven) {
   std::ostringstream report;
   EngineOptions o = BuiltinOnly();
   o.printLevel = 1;
@@ -191,7 +191,7 @@ TEST(EngineRunRules, DoubletWithEvenElectronsRunsAsGiven) {
   EXPECT_NE(report.str().find("ONE ELECTRON IN ORBITAL"), std::string::npos);
 }
 
-TEST(EngineRunRules, TripletNamesItsTwoOrbitals) {
+TEST(engineRunRules, TripletNamesItsTwoOrbitals) {
   std::ostringstream report;
   EngineOptions o = BuiltinOnly();
   o.printLevel = 1;
@@ -200,7 +200,7 @@ TEST(EngineRunRules, TripletNamesItsTwoOrbitals) {
   EXPECT_NE(report.str().find("ONE ELECTRON IN ORBITALS    6 AND    7"), std::string::npos) << report.str();
 }
 
-TEST(EngineRunRules, MoreThan210AtomsAreRefused) {
+TEST(engineRunRules, MoreThan210AtomsAreRefused) {
   std::vector<int> z(211, 1);
   std::vector<std::array<double, 3>> x(211);
   for (int i = 0; i < 211; ++i) x[i] = {i * 1.0, 0, 0};
@@ -209,7 +209,7 @@ TEST(EngineRunRules, MoreThan210AtomsAreRefused) {
   EXPECT_NE(r.message.find("210"), std::string::npos);
 }
 
-TEST(EngineRunRules, NoSelfConsistencyIsReportedAndTheNumberStands) {
+TEST(engineRunRules, NoSelfConsistencyIsReportedAndTheNumberStands) {
   std::ostringstream report;
   EngineOptions o = BuiltinOnly();
   o.maxIterations = 3;
@@ -221,7 +221,7 @@ TEST(EngineRunRules, NoSelfConsistencyIsReportedAndTheNumberStands) {
   EXPECT_NE(report.str().find(" DELTAE= "), std::string::npos);
 }
 
-TEST(EngineRunRules, ReportOpensWithTheIntegralSchemeAndCharge) {
+TEST(engineRunRules, ReportOpensWithTheIntegralSchemeAndCharge) {
   std::ostringstream report;
   EngineOptions o = BuiltinOnly();
   o.printLevel = 2;
@@ -235,7 +235,7 @@ TEST(EngineRunRules, ReportOpensWithTheIntegralSchemeAndCharge) {
     EXPECT_NE(t.find(s), std::string::npos) << s;
 }
 
-TEST(EngineRunRules, WorkingFilesGoAndParallelRunsDoNotCollide) {
+TEST(engineRunRules, WorkingFilesGoAndParallelRunsDoNotCollide) {
   const std::string dir = TempDir("work");
   EngineOptions o = BuiltinOnly();
   o.workDir = dir;
@@ -252,13 +252,13 @@ TEST(EngineRunRules, WorkingFilesGoAndParallelRunsDoNotCollide) {
   fs::remove_all(dir);
 }
 
-TEST(EngineRunRules, HeatOfFormationLines) {
+TEST(engineRunRules, HeatOfFormationLines) {
   std::ostringstream out;
   PrintHeatOfFormation(out, EngineMethod::PM3, -52.90651);
   EXPECT_EQ(out.str(), " PM3 method\n Heat of Formation       :    -221.3608 kJ/mol  =    -52.9065 kcal/mol\n");
 }
 
-TEST(EngineGeoOpt, ChoiceTwoPrintsTheErrorAndLeavesTheStructure) {
+TEST(engineGeoOpt, ChoiceTwoPrintsTheErrorAndLeavesTheStructure) {
   std::ostringstream console;
   GeoOptSettings s;
   s.minimiser = 2;
@@ -271,7 +271,7 @@ TEST(EngineGeoOpt, ChoiceTwoPrintsTheErrorAndLeavesTheStructure) {
   EXPECT_EQ(r.energyCalls, 0);
 }
 
-TEST(EngineGeoOpt, LogAndProgressLines) {
+TEST(engineGeoOpt, LogAndProgressLines) {
   std::ostringstream console, log;
   GeoOptSettings s;
   s.engine = BuiltinOnly();
@@ -289,7 +289,7 @@ TEST(EngineGeoOpt, LogAndProgressLines) {
 
 // ---- Parameter file ------------------------------------------------------------
 
-TEST(EngineParameters, SharedFileEqualsTheBuiltInTables) {
+TEST(engineParameters, SharedFileEqualsTheBuiltInTables) {
   const std::string path = std::string(QUINTOR_TESTDATA) + "/../data/nddo_parameters.dat";
   if (!fs::exists(path)) GTEST_SKIP() << "../shared/data/nddo_parameters.dat is not beside the checkout";
   for (EngineMethod m : {EngineMethod::MNDO, EngineMethod::AM1, EngineMethod::PM3, EngineMethod::MNDOD,
@@ -320,7 +320,7 @@ TEST(EngineParameters, SharedFileEqualsTheBuiltInTables) {
   }
 }
 
-TEST(EngineParameters, PublishedValuesAndDerivedTerms) {
+TEST(engineParameters, PublishedValuesAndDerivedTerms) {
   // Carbon: the published values, and the derived terms of the MNDO paper.
   const ParameterSet mndo = BuiltinParameters(EngineMethod::MNDO);
   EXPECT_DOUBLE_EQ(mndo.el[6].uss, -52.279745);
@@ -334,7 +334,7 @@ TEST(EngineParameters, PublishedValuesAndDerivedTerms) {
   EXPECT_EQ(mndo.el[30].core, 2);
 }
 
-TEST(EngineParameters, Pm3dIsPm3WhereNoElementCarriesD) {
+TEST(engineParameters, Pm3dIsPm3WhereNoElementCarriesD) {
   const ParameterSet pm3 = BuiltinParameters(EngineMethod::PM3);
   const ParameterSet pm3d = BuiltinParameters(EngineMethod::PM3D);
   for (int z = 1; z <= kMaxElement; ++z) EXPECT_EQ(pm3.el[z].uss, pm3d.el[z].uss);
@@ -349,7 +349,7 @@ struct FileCase {
   double expectedUssC;  // carbon USS after reading
 };
 
-TEST(EngineParameters, FileRules) {
+TEST(engineParameters, FileRules) {
   const double pm3 = BuiltinParameters(EngineMethod::PM3).el[6].uss;
   const double am1 = BuiltinParameters(EngineMethod::AM1).el[6].uss;
   const FileCase cases[] = {
@@ -375,7 +375,7 @@ TEST(EngineParameters, FileRules) {
   }
 }
 
-TEST(EngineParameters, GivenHppStaysAndMissingHppIsDerived) {
+TEST(engineParameters, GivenHppStaysAndMissingHppIsDerived) {
   ParameterSet set = BuiltinParameters(EngineMethod::AM1);
   std::istringstream in("//AM1 \nGPP      6           12.0\nHPP      7            0.7\n");
   ReadParameterFile(in, set);
@@ -383,7 +383,7 @@ TEST(EngineParameters, GivenHppStaysAndMissingHppIsDerived) {
   EXPECT_DOUBLE_EQ(set.el[7].hpp, 0.7);
 }
 
-TEST(EngineParameters, SecondIndexAndBadLine) {
+TEST(engineParameters, SecondIndexAndBadLine) {
   ParameterSet set = BuiltinParameters(EngineMethod::AM1);
   std::istringstream good("//AM1 \nGUES1    6 2         0.5\n");
   EXPECT_TRUE(ReadParameterFile(good, set).ok);
@@ -394,7 +394,7 @@ TEST(EngineParameters, SecondIndexAndBadLine) {
   EXPECT_EQ(r.message, " ERROR! Reading atom parameters from MNDOD.DAT. Line 2");
 }
 
-TEST(EngineParameters, NoFileLeavesTheBuiltInValues) {
+TEST(engineParameters, NoFileLeavesTheBuiltInValues) {
   const std::string dir = TempDir("nofile");
   const ParameterSet set = LoadParameters(EngineMethod::PM3, dir + "/MNDOD.DAT");
   EXPECT_DOUBLE_EQ(set.el[6].uss, BuiltinParameters(EngineMethod::PM3).el[6].uss);
@@ -407,7 +407,7 @@ TEST(EngineParameters, NoFileLeavesTheBuiltInValues) {
   fs::remove_all(dir);
 }
 
-TEST(EngineParameters, ReportNamesEachElement) {
+TEST(engineParameters, ReportNamesEachElement) {
   std::ostringstream out;
   PrintParameterReport(out, BuiltinParameters(EngineMethod::PM3), {6, 1, 6});
   const std::string t = out.str();
