@@ -1,0 +1,579 @@
+#include "engine/engine.h"
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+#include <sstream>
+
+#include <fmt/format.h>
+
+#include "engine/constants.h"
+#include "engine/integrals.h"
+#include "io/fortran_io.h"
+#include "numeric/lapack.h"
+
+
+namespace quintor::engine {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// ---- Working files -----------------------------------------------------
+// Each call has a directory of its own (made like mkdtemp) in the run's
+// directory, so that two runs side by side never touch each other's files;
+// it goes, with everything in it, when the call ends.
+class WorkingFiles {
+ public:
+  explicit WorkingFiles(const std::string& dir) {
+    fs::path base = dir.empty() ? fs::current_path() : fs::path(dir);
+    std::string pattern = (base / "engine.XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) {
+      pattern = (fs::temp_directory_path() / "quintor-engine.XXXXXX").string();
+      if (mkdtemp(pattern.data()) == nullptr) return;
+    }
+    dir_ = pattern;
+    report_.open(Path("tmp.omn"));
+  }
+  ~WorkingFiles() {
+    report_.close();
+    if (!dir_.empty()) {
+      std::error_code ec;
+      fs::remove_all(dir_, ec);
+    }
+  }
+  WorkingFiles(const WorkingFiles&) = delete;
+  WorkingFiles& operator=(const WorkingFiles&) = delete;
+
+  std::string Path(const std::string& name) const { return (fs::path(dir_) / name).string(); }
+  std::ostream& Report() { return report_; }
+  // One record: the count, then the values.
+  void WriteRecord(const std::string& extension, const std::vector<double>& values) {
+    if (dir_.empty()) return;
+    std::ofstream out(Path("engine" + extension), std::ios::binary | std::ios::app);
+    const long long n = static_cast<long long>(values.size());
+    out.write(reinterpret_cast<const char*>(&n), sizeof n);
+    out.write(reinterpret_cast<const char*>(values.data()), static_cast<std::streamsize>(n * sizeof(double)));
+  }
+  std::string ReportText() {
+    report_.flush();
+    std::ifstream in(Path("tmp.omn"));
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+  }
+
+ private:
+  std::string dir_;
+  std::ofstream report_;
+};
+
+struct Molecule {
+  std::vector<int> z;
+  std::vector<std::array<double, 3>> x;  // angstrom
+  std::vector<int> first, count;         // orbitals of each atom
+  int n = 0;
+};
+
+void Diagonalise(int n, std::vector<double>& a, std::vector<double>& w) {
+  w.assign(n, 0.0);
+  int iworkQuery = 0;
+  double workQuery = 0;
+  lapack::dsyevd('V', 'L', n, a.data(), n, w.data(), &workQuery, -1, &iworkQuery, -1);
+  const int lwork = std::max(1, static_cast<int>(workQuery)), liwork = std::max(1, iworkQuery);
+  std::vector<double> work(static_cast<size_t>(lwork));
+  std::vector<int> iwork(static_cast<size_t>(liwork));
+  lapack::dsyevd('V', 'L', n, a.data(), n, w.data(), work.data(), lwork, iwork.data(), liwork);
+}
+
+// Solves the small DIIS system in place by Gaussian elimination; false when singular.
+bool SolveSmall(std::vector<double>& a, std::vector<double>& b, int n) {
+  for (int c = 0; c < n; ++c) {
+    int piv = c;
+    for (int r = c + 1; r < n; ++r)
+      if (std::abs(a[r * n + c]) > std::abs(a[piv * n + c])) piv = r;
+    if (std::abs(a[piv * n + c]) < 1e-14) return false;
+    for (int k = 0; k < n; ++k) std::swap(a[c * n + k], a[piv * n + k]);
+    std::swap(b[c], b[piv]);
+    for (int r = c + 1; r < n; ++r) {
+      const double f = a[r * n + c] / a[c * n + c];
+      for (int k = c; k < n; ++k) a[r * n + k] -= f * a[c * n + k];
+      b[r] -= f * b[c];
+    }
+  }
+  for (int c = n - 1; c >= 0; --c) {
+    double v = b[c];
+    for (int k = c + 1; k < n; ++k) v -= a[c * n + k] * b[k];
+    b[c] = v / a[c * n + c];
+  }
+  return true;
+}
+
+struct Setup {
+  Molecule mol;
+  std::vector<PairIntegrals> pairs;          // i > j, index i*(i-1)/2 + j
+  std::vector<std::vector<double>> oneCentre;  // per atom
+  std::vector<double> h;                     // core Hamiltonian, n x n
+  double coreCore = 0;
+};
+
+Setup BuildSetup(const ParameterSet& set, const Molecule& mol) {
+  Setup s;
+  s.mol = mol;
+  const int n = mol.n, na = static_cast<int>(mol.z.size());
+  s.h.assign(static_cast<size_t>(n) * n, 0.0);
+  s.oneCentre.resize(na);
+  for (int a = 0; a < na; ++a) {
+    const ElementParameters& p = set.el[mol.z[a]];
+    s.oneCentre[a] = OneCentreIntegrals(p, mol.count[a]);
+    const int f = mol.first[a];
+    s.h[f * n + f] = p.uss;
+    for (int k = 1; k < mol.count[a]; ++k) s.h[(f + k) * n + f + k] = p.upp;
+  }
+  s.pairs.reserve(static_cast<size_t>(na) * (na - 1) / 2);
+  for (int a = 1; a < na; ++a)
+    for (int b = 0; b < a; ++b) {
+      PairIntegrals pi = ComputePair(set, mol.z[a], mol.z[b], mol.x[a], mol.x[b]);
+      const ElementParameters& pa = set.el[mol.z[a]];
+      const ElementParameters& pb = set.el[mol.z[b]];
+      const int fa = mol.first[a], fb = mol.first[b], ia = pi.na, ib = pi.nb;
+      for (int i = 0; i < ia; ++i)
+        for (int j = 0; j < ia; ++j) s.h[(fa + i) * n + fa + j] += pi.e1b[i * ia + j];
+      for (int i = 0; i < ib; ++i)
+        for (int j = 0; j < ib; ++j) s.h[(fb + i) * n + fb + j] += pi.e2a[i * ib + j];
+      for (int i = 0; i < ia; ++i)
+        for (int j = 0; j < ib; ++j) {
+          const double beta = 0.5 * ((i == 0 ? pa.betas : pa.betap) + (j == 0 ? pb.betas : pb.betap));
+          const double v = beta * pi.overlap[i * ib + j];
+          s.h[(fa + i) * n + fb + j] = v;
+          s.h[(fb + j) * n + fa + i] = v;
+        }
+      s.coreCore += pi.coreCore;
+      s.pairs.push_back(std::move(pi));
+    }
+  return s;
+}
+
+// Two-electron part of the Fock matrix for the density p (both n x n):
+// G = sum over (ab|cd) of P (Coulomb) minus half the exchange.
+void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<double>& f) {
+  const Molecule& m = s.mol;
+  const int n = m.n, na = static_cast<int>(m.z.size());
+  for (int a = 0; a < na; ++a) {
+    const int f0 = m.first[a], k = m.count[a];
+    const std::vector<double>& g = s.oneCentre[a];
+    for (int i = 0; i < k; ++i)
+      for (int j = 0; j < k; ++j) {
+        double v = 0;
+        for (int c = 0; c < k; ++c)
+          for (int d = 0; d < k; ++d) {
+            const double pcd = p[(f0 + c) * n + f0 + d];
+            v += pcd * (g[((i * k + j) * k + c) * k + d] - 0.5 * g[((i * k + c) * k + j) * k + d]);
+          }
+        f[(f0 + i) * n + f0 + j] += v;
+      }
+  }
+  size_t idx = 0;
+  for (int a = 1; a < na; ++a)
+    for (int b = 0; b < a; ++b, ++idx) {
+      const PairIntegrals& pi = s.pairs[idx];
+      const int fa = m.first[a], fb = m.first[b], ia = pi.na, ib = pi.nb;
+      const double* w = pi.w.data();
+      for (int i = 0; i < ia; ++i)
+        for (int j = 0; j < ia; ++j) {
+          const double pij = p[(fa + i) * n + fa + j];
+          double coul = 0;
+          for (int c = 0; c < ib; ++c)
+            for (int d = 0; d < ib; ++d) {
+              const double wv = w[((i * ia + j) * ib + c) * ib + d];
+              coul += p[(fb + c) * n + fb + d] * wv;
+              f[(fb + c) * n + fb + d] += pij * wv;
+              // exchange: F(i on A, c on B) -= 1/2 P(j, d) (ij|cd)
+              f[(fa + i) * n + fb + c] -= 0.5 * p[(fa + j) * n + fb + d] * wv;
+            }
+          f[(fa + i) * n + fa + j] += coul;
+        }
+      // mirror the exchange block
+      for (int i = 0; i < ia; ++i)
+        for (int c = 0; c < ib; ++c) f[(fb + c) * n + fa + i] = f[(fa + i) * n + fb + c];
+    }
+}
+
+// (ij|kl)-type contraction: sum over atom blocks of Da (ab|cd) Db.
+double Contract(const Setup& s, const std::vector<double>& da, const std::vector<double>& db) {
+  const Molecule& m = s.mol;
+  const int n = m.n, na = static_cast<int>(m.z.size());
+  double sum = 0;
+  for (int a = 0; a < na; ++a) {
+    const int f0 = m.first[a], k = m.count[a];
+    const std::vector<double>& g = s.oneCentre[a];
+    for (int i = 0; i < k; ++i)
+      for (int j = 0; j < k; ++j)
+        for (int c = 0; c < k; ++c)
+          for (int d = 0; d < k; ++d)
+            sum += da[(f0 + i) * n + f0 + j] * db[(f0 + c) * n + f0 + d] * g[((i * k + j) * k + c) * k + d];
+  }
+  size_t idx = 0;
+  for (int a = 1; a < na; ++a)
+    for (int b = 0; b < a; ++b, ++idx) {
+      const PairIntegrals& pi = s.pairs[idx];
+      const int fa = m.first[a], fb = m.first[b], ia = pi.na, ib = pi.nb;
+      for (int i = 0; i < ia; ++i)
+        for (int j = 0; j < ia; ++j)
+          for (int c = 0; c < ib; ++c)
+            for (int d = 0; d < ib; ++d) {
+              const double wv = pi.w[((i * ia + j) * ib + c) * ib + d];
+              sum += wv * (da[(fa + i) * n + fa + j] * db[(fb + c) * n + fb + d] +
+                           db[(fa + i) * n + fa + j] * da[(fb + c) * n + fb + d]);
+            }
+    }
+  return sum;
+}
+
+void WriteOpening(std::ostream& out, const ParameterSet& set, const Molecule& mol, const EngineOptions& opt) {
+  if (MethodHasDOrbitals(set.method)) {
+    out << " CALCULATION OF THE REPULSION INTEGRALS\n BY MODIFIED BIPOLAR EXPANSION\n";
+  } else {
+    out << " CALCULATION OF THE REPULSION INTEGRALS BY DEWAR-THIEL\n";
+  }
+  out << "\n OPTIONS FOR DFP OPTIMIZATION ...\n"
+      << "     PRINTING SWITCH ...                              " << FmtI(0, 5) << '\n'
+      << "     MAXIMUM NUMBER OF FUNCTION EVALUATIONS OVERALL  ..." << FmtI(1000, 5) << '\n'
+      << "     DFP CONVERGENCE CRITERIA ...\n"
+      << "        ON X =" << FmtE(1e-4, 12, 4) << '\n'
+      << "        ON F =" << FmtE(1e-3, 12, 4) << '\n'
+      << "        ON GRADIENTS =" << FmtE(1e-1, 12, 4) << '\n'
+      << "        ON ALPHA.P.G =" << FmtE(1e-6, 12, 4) << '\n'
+      << "        ON IGG1 =" << FmtI(3, 5) << '\n'
+      << "     RESTART PARAMETERS ...\n"
+      << "        RESTART EACH" << FmtI(30, 5) << '\n'
+      << "        CYCLES, OR WHENEVER\n"
+      << "        COSINE OF ANGLE BETWEEN P AND -G .LE." << FmtF(0.05, 8, 3) << '\n'
+      << "        MAXIMUM VALUE FOR H MATRIX ELEMENTS" << FmtE(1e5, 12, 4) << '\n'
+      << "        INCREMENT FOR CHANGE OF VARIABLES" << FmtE(1e-4, 12, 4) << '\n'
+      << " OPTIONS FOR CUBIC LINE SEARCH ...\n"
+      << " OPTIONS FOR QUADRATIC LINE SEARCH ...\n"
+      << "     SCF CONVERGENCE CRITERION =" << FmtE(opt.scfCriterion, 12, 4) << '\n'
+      << "     SCF CONVERGENCE CRITERION IN GRADIENT CALCULATION (QUADRATIC SEARCH) ="
+      << FmtE(opt.gradientScfCriterion, 12, 4) << '\n'
+      << "     CCCOS =" << FmtF(0.05, 8, 3) << "\n\n";
+  out << "          TRIAL SET OF ATOMIC COORDINATES (ANGSTROMS)\n\n"
+      << "   ATOM NO.  ATOMIC NO.   X-COORDINATE   Y-COORDINATE   Z-COORDINATE   ATOMIC ORBITALS\n";
+  for (size_t a = 0; a < mol.z.size(); ++a) {
+    out << FmtI(static_cast<long long>(a) + 1, 8) << FmtI(mol.z[a], 11) << "   " << FmtF(mol.x[a][0], 14, 6)
+        << ' ' << FmtF(mol.x[a][1], 14, 6) << ' ' << FmtF(mol.x[a][2], 14, 6) << "   "
+        << FmtI(mol.first[a] + 1, 5) << " TO " << FmtI(mol.first[a] + mol.count[a], 4) << '\n';
+  }
+  out << "\n          INITIAL INTERATOMIC DISTANCES (ANGSTROMS)\n\n";
+  const size_t na = mol.z.size();
+  for (size_t i = 0; i < na; ++i) {
+    std::string line = FmtI(static_cast<long long>(i) + 1, 5);
+    for (size_t j = 0; j <= i; ++j) {
+      double d2 = 0;
+      for (int k = 0; k < 3; ++k) d2 += (mol.x[i][k] - mol.x[j][k]) * (mol.x[i][k] - mol.x[j][k]);
+      line += FmtF(std::sqrt(d2), 10, 5);
+      if ((j + 1) % 10 == 0 && j != i) line += "\n     ";
+    }
+    out << line << '\n';
+  }
+  out << '\n';
+}
+
+}  // namespace
+
+void PrintHeatOfFormation(std::ostream& out, EngineMethod method, double heatKcal) {
+  out << ' ' << MethodName(method) << " method\n"
+      << " Heat of Formation       : " << FmtF(heatKcal * kKcalToKj, 12, 4) << " kJ/mol  =" << FmtF(heatKcal, 12, 4)
+      << " kcal/mol\n";
+}
+
+EngineResult EngineRun(EngineMethod method, const std::vector<int>& atomicNumbers,
+                       const std::vector<std::array<double, 3>>& coordsAngstrom, int charge, int multiplicity,
+                       bool print, std::ostream* report, const EngineOptions& options) {
+  ParameterSet set = BuiltinParameters(method);
+  if (!options.parameterFile.empty()) {
+    const ParameterFileResult r = ReadParameterFile(options.parameterFile, set);
+    if (!r.ok) {
+      EngineResult bad;
+      bad.message = r.message;
+      if (report) *report << r.message << '\n';
+      return bad;
+    }
+  }
+  return EngineRunWith(set, atomicNumbers, coordsAngstrom, charge, multiplicity, print, report, options);
+}
+
+EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atomicNumbers,
+                           const std::vector<std::array<double, 3>>& coordsAngstrom, int charge, int multiplicity,
+                           bool print, std::ostream* report, const EngineOptions& options) {
+  EngineResult res;
+  const int na = static_cast<int>(atomicNumbers.size());
+  if (na > kMaxAtoms) {
+    res.message = fmt::format(" The engine takes at most {} atoms; this structure has {}.", kMaxAtoms, na);
+    if (report) *report << res.message << '\n';
+    return res;
+  }
+  if (coordsAngstrom.size() != atomicNumbers.size() || na == 0) {
+    res.message = " The engine needs one coordinate triple for each atom.";
+    return res;
+  }
+  Molecule mol;
+  mol.z = atomicNumbers;
+  mol.x = coordsAngstrom;
+  int electrons = -charge;
+  for (int a = 0; a < na; ++a) {
+    const int z = mol.z[a];
+    if (z < 1 || z > kMaxElement || !HasParameters(set.el[z])) {
+      res.message = fmt::format(" No {} parameters for element {} ({}).", MethodName(set.method), z,
+                                z >= 1 && z <= kMaxElement ? ElementSymbol(z) : "?");
+      if (report) *report << res.message << '\n';
+      return res;
+    }
+    if (MethodHasDOrbitals(set.method) && OrbitalCount(set.el[z], true) == 9) {
+      // The d-orbital integrals of this extension are not in this version:
+      // a number without them would be wrong, so the call is refused.
+      res.message = fmt::format(" {} with d orbitals on element {} ({}) is not available yet.",
+                                MethodName(set.method), z, ElementSymbol(z));
+      if (report) *report << res.message << '\n';
+      return res;
+    }
+    mol.first.push_back(mol.n);
+    mol.count.push_back(OrbitalCount(set.el[z], false));
+    mol.n += mol.count.back();
+    electrons += static_cast<int>(std::lround(set.el[z].core));
+  }
+  if (mol.n > kMaxOrbitals) {
+    res.message = fmt::format(" The engine takes at most {} orbitals; this structure has {}.", kMaxOrbitals, mol.n);
+    if (report) *report << res.message << '\n';
+    return res;
+  }
+  res.orbitals = mol.n;
+  res.electrons = electrons;
+  const int n = mol.n;
+
+  WorkingFiles files(options.workDir);
+  std::ostream& out = files.Report();
+  const bool printing = print && options.printLevel >= 1;
+  if (printing) WriteOpening(out, set, mol, options);
+
+  // Occupation by multiplicity.
+  int doubly = electrons / 2;
+  std::vector<int> singles;
+  if (multiplicity > 3) {
+    if (printing || report) {
+      out << " MULTIPLICITY GREATER THAN 3\n"
+          << " CURRENT INPUT SYSTEM :\n Parameters : " << MethodName(set.method) << "\n Title      :\n"
+          << "   *** MNDO ABORTED ***\n";
+    }
+    res.status = EngineStatus::Aborted;
+    res.message = " MULTIPLICITY GREATER THAN 3";
+    if (report) *report << files.ReportText();
+    return res;
+  }
+  if (printing) {
+    out << " MOLECULAR CHARGE =" << FmtI(charge, 4) << "\n\n"
+        << FmtI(electrons, 10) << " ELECTRONS, AND";
+  }
+  if (multiplicity == 2) {
+    doubly = (electrons - 1) / 2;
+    singles = {doubly};
+  } else if (multiplicity == 3) {
+    doubly = electrons / 2 - 1;
+    singles = {doubly, doubly + 1};
+  }
+  if (printing) {
+    out << FmtI(doubly, 5) << " DOUBLY OCCUPIED MOS\n";
+    if (multiplicity == 2)
+      out << " MULTIPLICITY     =" << FmtI(2, 3) << "\n ONE ELECTRON IN ORBITAL" << FmtI(singles[0] + 1, 5) << '\n';
+    if (multiplicity == 3)
+      out << " MULTIPLICITY     =" << FmtI(3, 3) << "\n ONE ELECTRON IN ORBITALS" << FmtI(singles[0] + 1, 5)
+          << " AND" << FmtI(singles[1] + 1, 5) << '\n';
+    out << '\n';
+  }
+  if (doubly + static_cast<int>(singles.size()) > n || doubly < 0) {
+    res.message = " More electrons than the orbitals can hold.";
+    if (report) *report << files.ReportText() << res.message << '\n';
+    return res;
+  }
+
+  const Setup setup = BuildSetup(set, mol);
+  files.WriteRecord(".MN1", setup.h);
+
+  // Starting density: the atoms' cores spread evenly over their orbitals.
+  std::vector<double> p(static_cast<size_t>(n) * n, 0.0);
+  const double shift = -static_cast<double>(charge) / n;
+  for (int a = 0; a < na; ++a)
+    for (int k = 0; k < mol.count[a]; ++k) {
+      const int i = mol.first[a] + k;
+      p[i * n + i] = set.el[mol.z[a]].core / mol.count[a] + shift;
+    }
+  if (options.startDensity && options.startDensity->size() == p.size()) p = *options.startDensity;
+
+  std::vector<double> f(p.size()), pOld, eval, c;
+  std::vector<std::vector<double>> diisF, diisE;
+  const int kDiis = 8;
+  // DIIS only once the commutator is small: from a rough start it can settle
+  // on a self-consistent but excited occupation (benzene in AM1 does).
+  const double diisStart = 0.2;
+  double eOld = 0, eElec = 0;
+  const double crit = options.gradientCalculation ? options.gradientScfCriterion : options.scfCriterion;
+  bool converged = false;
+  int niter = 0;
+  double deltaE = 0, deltaP = 0;
+  if (printing && options.printLevel >= 2) {
+    out << "\n *** INFORMATION FOR" << FmtI(options.calculationNumber, 4) << "  SCF CALCULATION  OF"
+        << FmtI(options.geometryNumber, 4) << "  GEOMETRY ***\n\n"
+        << " NITER    ELECTRONIC        DELTA E         DELTA P\n"
+        << "          ENERGY(EV)\n";
+  }
+  for (niter = 1;; ++niter) {
+    f = setup.h;
+    AddTwoElectron(setup, p, f);
+    eElec = 0;
+    for (size_t i = 0; i < p.size(); ++i) eElec += 0.5 * p[i] * (setup.h[i] + f[i]);
+    deltaE = eElec - eOld;
+    deltaP = 0;
+    if (!pOld.empty()) {
+      for (size_t i = 0; i < p.size(); ++i) deltaP += (p[i] - pOld[i]) * (p[i] - pOld[i]);
+      deltaP = std::sqrt(deltaP / p.size());
+    } else {
+      deltaP = 1;
+    }
+    eOld = eElec;
+    if (printing && options.printLevel >= 2)
+      out << FmtI(niter, 3) << FmtF(eElec, 17, 8) << FmtE(deltaE, 16, 6) << FmtE(deltaP, 16, 6) << '\n';
+    if (niter > 1) {
+      if (options.gradientCalculation ? std::abs(deltaE) < crit
+                                      : (std::abs(deltaE) < crit && deltaP <= 4 * crit)) {
+        converged = true;
+        break;
+      }
+    }
+    if (niter >= options.maxIterations) break;
+
+    // DIIS on the commutator FP - PF; PF is the transpose of FP for symmetric F and P.
+    std::vector<double> fp(p.size(), 0.0), err(p.size());
+    for (int i = 0; i < n; ++i)
+      for (int k = 0; k < n; ++k) {
+        const double fik = f[i * n + k];
+        if (fik == 0) continue;
+        const double* pk = &p[static_cast<size_t>(k) * n];
+        double* row = &fp[static_cast<size_t>(i) * n];
+        for (int j = 0; j < n; ++j) row[j] += fik * pk[j];
+      }
+    double errMax = 0;
+    for (int i = 0; i < n; ++i)
+      for (int j = 0; j < n; ++j) {
+        const double v = fp[i * n + j] - fp[j * n + i];
+        err[i * n + j] = v;
+        errMax = std::max(errMax, std::abs(v));
+      }
+    diisF.push_back(f);
+    diisE.push_back(std::move(err));
+    if (static_cast<int>(diisF.size()) > kDiis) {
+      diisF.erase(diisF.begin());
+      diisE.erase(diisE.begin());
+    }
+    std::vector<double> fx = f;
+    bool usedDiis = false;
+    const int m = static_cast<int>(diisF.size());
+    if (m >= 2 && errMax < diisStart) {
+      const int dim = m + 1;
+      std::vector<double> b(dim * dim, 0.0), rhs(dim, 0.0);
+      for (int i = 0; i < m; ++i)
+        for (int j = 0; j <= i; ++j) {
+          double v = 0;
+          for (size_t k = 0; k < p.size(); ++k) v += diisE[i][k] * diisE[j][k];
+          b[i * dim + j] = b[j * dim + i] = v;
+        }
+      for (int i = 0; i < m; ++i) b[i * dim + m] = b[m * dim + i] = -1;
+      rhs[m] = -1;
+      if (SolveSmall(b, rhs, dim)) {
+        usedDiis = true;
+        std::fill(fx.begin(), fx.end(), 0.0);
+        for (int i = 0; i < m; ++i)
+          for (size_t k = 0; k < fx.size(); ++k) fx[k] += rhs[i] * diisF[i][k];
+      } else {
+        diisF.clear();
+        diisE.clear();
+      }
+    }
+    c = fx;
+    Diagonalise(n, c, eval);
+    pOld = p;
+    std::fill(p.begin(), p.end(), 0.0);
+    auto addOrbital = [&](int orb, double occ) {
+      const double* v = &c[static_cast<size_t>(orb) * n];
+      for (int i = 0; i < n; ++i) {
+        const double vi = occ * v[i];
+        for (int j = 0; j < n; ++j) p[i * n + j] += vi * v[j];
+      }
+    };
+    for (int o = 0; o < doubly; ++o) addOrbital(o, 2.0);
+    for (int o : singles) addOrbital(o, 1.0);
+    if (niter <= 2 || (!usedDiis && deltaE > 0)) {
+      // damping while DIIS has not taken over
+      for (size_t i = 0; i < p.size(); ++i) p[i] = 0.5 * (p[i] + pOld[i]);
+    }
+  }
+  res.iterations = niter;
+  if (!converged) {
+    out << "\n\n *** UNABLE TO ACHIEVE SELFCONSISTENCE ***\n\n"
+        << " DELTAE= " << FmtF(deltaE, 15, 7) << "     DELTAP= " << FmtF(deltaP, 15, 7) << '\n';
+    if (options.gradientCalculation) out << " CONVERGENCE PROBLEMS IN GRADIENT CALCULATION\n";
+  }
+
+  // Half-electron correction for open shells: the restricted energy counts
+  // a quarter of each open orbital's self-repulsion and misses half of the
+  // exchange between open orbitals.
+  if (!singles.empty() && !c.empty()) {
+    std::vector<std::vector<double>> d(singles.size(), std::vector<double>(p.size(), 0.0));
+    for (size_t s = 0; s < singles.size(); ++s) {
+      const double* v = &c[static_cast<size_t>(singles[s]) * n];
+      for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) d[s][i * n + j] = v[i] * v[j];
+    }
+    double corr = 0;
+    for (size_t s = 0; s < singles.size(); ++s) corr -= 0.25 * Contract(setup, d[s], d[s]);
+    if (singles.size() == 2) {
+      std::vector<double> x(p.size());
+      const double* v1 = &c[static_cast<size_t>(singles[0]) * n];
+      const double* v2 = &c[static_cast<size_t>(singles[1]) * n];
+      for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) x[i * n + j] = 0.5 * (v1[i] * v2[j] + v2[i] * v1[j]);
+      corr -= 0.5 * Contract(setup, x, x);
+    }
+    eElec += corr;
+  }
+
+  double eisol = 0, eheat = 0;
+  for (int z : mol.z) {
+    eisol += set.el[z].eisol;
+    eheat += set.el[z].eheat;
+  }
+  res.electronicEv = eElec;
+  res.coreCoreEv = setup.coreCore;
+  res.totalEv = eElec + setup.coreCore;
+  res.heatKcal = (res.totalEv - eisol) * kEvToKcal + eheat;
+  res.heatKj = res.heatKcal * kKcalToKj;
+  res.status = converged ? EngineStatus::Converged : EngineStatus::NotConverged;
+  res.density = p;
+  files.WriteRecord(".MN2", p);
+  files.WriteRecord(".MN4", c);
+  if (printing) {
+    out << "\n ELECTRONIC ENERGY       =" << FmtF(res.electronicEv, 17, 8) << " EV\n"
+        << " CORE-CORE REPULSION     =" << FmtF(res.coreCoreEv, 17, 8) << " EV\n"
+        << " TOTAL ENERGY            =" << FmtF(res.totalEv, 17, 8) << " EV\n"
+        << " HEAT OF FORMATION       =" << FmtF(res.heatKcal, 17, 8) << " KCAL/MOL\n"
+        << " SCF ITERATIONS          =" << FmtI(res.iterations, 6) << '\n';
+  }
+  if (report && (printing || !converged)) *report << files.ReportText();
+  return res;
+}
+
+}  // namespace quintor::engine

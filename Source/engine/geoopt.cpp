@@ -1,0 +1,118 @@
+#include "engine/geoopt.h"
+
+#include <cmath>
+#include <ostream>
+
+#include "engine/constants.h"
+#include "numeric/dfp_minimiser.h"
+#include "io/fortran_io.h"
+
+namespace quintor::engine {
+
+GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
+                    const std::vector<std::array<double, 3>>& coordsAngstrom, int charge, int multiplicity,
+                    const GeoOptSettings& settings, std::ostream* log, std::ostream* console) {
+  GeoOptResult res;
+  res.coordinates = coordsAngstrom;
+  // The same words for every method.
+  const char* kHead = " Geometry optimization using MNDO method";
+  if (console) *console << kHead << '\n';
+  if (log) *log << kHead << '\n';
+
+  // The parameters are read once for the whole optimisation.
+  ParameterSet set = BuiltinParameters(method);
+  if (!settings.engine.parameterFile.empty()) {
+    const ParameterFileResult r = ReadParameterFile(settings.engine.parameterFile, set);
+    if (!r.ok) {
+      if (console) *console << r.message << '\n';
+      res.message = r.message;
+      return res;
+    }
+  }
+
+  std::vector<std::pair<int, int>> vars = settings.variables;
+  if (vars.empty())
+    for (int a = 1; a <= static_cast<int>(coordsAngstrom.size()); ++a)
+      for (int k = 1; k <= 3; ++k) vars.push_back({a, k});
+  std::array<double, 3> tol = settings.tolerances;
+  const double kDefaults[3] = {0.1, 0.001, 0.0001};
+  for (int i = 0; i < 3; ++i)
+    if (!(tol[i] > 0)) tol[i] = kDefaults[i];
+
+  if (settings.minimiser == 2) {
+    if (console) *console << " ERROOR! DUMINF call in GeoOpt\n";
+    return res;
+  }
+
+  std::vector<double> x(vars.size());
+  for (size_t i = 0; i < vars.size(); ++i) x[i] = coordsAngstrom[vars[i].first - 1][vars[i].second - 1];
+  std::vector<std::array<double, 3>> work = coordsAngstrom;
+  auto place = [&](const std::vector<double>& v) {
+    for (size_t i = 0; i < vars.size(); ++i) work[vars[i].first - 1][vars[i].second - 1] = v[i];
+  };
+
+  EngineOptions opt = settings.engine;
+  opt.printLevel = 0;
+  std::vector<double> density;  // carried from call to call as the SCF start
+  int cycle = 0;
+  auto energy = [&](const std::vector<double>& v, bool gradientCall) {
+    place(v);
+    EngineOptions o = opt;
+    o.gradientCalculation = gradientCall;
+    o.startDensity = density.empty() ? nullptr : &density;
+    EngineResult r = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, log, o);
+    ++res.energyCalls;
+    if (!gradientCall && !r.density.empty()) density = std::move(r.density);
+    return r.heatKcal;
+  };
+  auto function = [&](const std::vector<double>& v) {
+    const double e = energy(v, false);
+    ++cycle;
+    if (console) *console << " Cycle:" << FmtI(cycle, 5) << "   Energy =" << FmtF(e * kKcalToKj, 20, 8) << '\n';
+    return e;
+  };
+  auto gradient = [&](const std::vector<double>& v, std::vector<double>& g) {
+    std::vector<double> y = v;
+    g.assign(v.size(), 0.0);
+    for (size_t i = 0; i < v.size(); ++i) {
+      y[i] = v[i] + settings.step;
+      const double ep = energy(y, true);
+      y[i] = v[i] - settings.step;
+      const double em = energy(y, true);
+      y[i] = v[i];
+      g[i] = (ep - em) * 0.5 / settings.step;
+    }
+  };
+
+  DfpSettings ds;
+  ds.gradientTolerance = tol[0];
+  ds.valueTolerance = tol[1];
+  ds.stepTolerance = tol[2];
+  ds.maxIterations = settings.maxIterations;
+  const DfpResult dr = DfpMinimise(x, function, gradient, ds);
+  if (!dr.message.empty() && console) *console << ' ' << dr.message << '\n';
+  place(x);
+  res.optimised = true;
+  res.coordinates = work;
+  res.heatKcal = dr.value;
+  res.gradientNorm = dr.gradientNorm;
+  res.functionCalls = dr.functionCalls;
+  res.gradientCalls = dr.gradientCalls;
+  res.message = dr.message;
+  if (console)
+    *console << " OPTIMIZATION FINISHED.  E =" << FmtF(res.heatKcal * kKcalToKj, 12, 2) << " kJ/mol.  G ="
+             << FmtF(res.gradientNorm, 10, 4) << "  FCN=" << FmtI(res.functionCalls, 4) << '\n';
+  if (log) {
+    *log << " Final Heat of Formation: " << FmtF(res.heatKcal * kKcalToKj, 12, 4) << " kJ/mol  ="
+         << FmtF(res.heatKcal, 12, 4) << " kcal/mol\n"
+         << " Final Gradient Norm    : " << FmtF(res.gradientNorm, 12, 4) << '\n'
+         << " F calls:" << FmtI(res.functionCalls, 5) << "     G calls:" << FmtI(res.gradientCalls, 5) << '\n'
+         << " Optimized coordinates:\n";
+    for (size_t a = 0; a < work.size(); ++a)
+      *log << ' ' << FmtA(ElementSymbol(atomicNumbers[a]), 2) << FmtF(work[a][0], 14, 6) << FmtF(work[a][1], 14, 6)
+           << FmtF(work[a][2], 14, 6) << '\n';
+  }
+  return res;
+}
+
+}  // namespace quintor::engine

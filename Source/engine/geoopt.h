@@ -1,0 +1,44 @@
+// Geometry optimisation with the engine: energies from EngineRun, gradients
+// by central differences in Cartesian coordinates, and the DFP minimiser.
+#pragma once
+
+#include <array>
+#include <iosfwd>
+#include <utility>
+#include <vector>
+
+#include "engine/engine.h"
+
+namespace quintor::engine {
+
+struct GeoOptSettings {
+  // 1: the built-in minimiser; 2: the library minimiser this version lacks.
+  int minimiser = 1;
+  // Tolerances; a value not above 0 takes its default 0.1, 0.001, 0.0001:
+  // largest gradient component (kcal/mol/A), energy change (kcal/mol), step (A).
+  std::array<double, 3> tolerances{0, 0, 0};
+  int maxIterations = 200;
+  double step = 0.0001;  // finite-difference step, angstrom
+  // Free coordinates as pairs (atom number from 1, axis 1..3); empty for all.
+  std::vector<std::pair<int, int>> variables;
+  EngineOptions engine;  // options of each energy call (printing is off)
+};
+
+struct GeoOptResult {
+  bool optimised = false;                          // the minimiser ran (choice 1)
+  std::vector<std::array<double, 3>> coordinates;  // angstrom
+  double heatKcal = 0;
+  double gradientNorm = 0;
+  int functionCalls = 0;
+  int gradientCalls = 0;
+  int energyCalls = 0;  // EngineRun calls, gradients included
+  std::string message;  // the minimiser's stop message, if any
+};
+
+// `log` receives the log lines, `console` the progress lines (" Cycle: ...")
+// and the messages; either may be null.
+GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
+                    const std::vector<std::array<double, 3>>& coordsAngstrom, int charge, int multiplicity,
+                    const GeoOptSettings& settings, std::ostream* log, std::ostream* console);
+
+}  // namespace quintor::engine

@@ -1,0 +1,405 @@
+#include "engine/integrals.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "engine/constants.h"
+
+namespace quintor::engine {
+
+namespace {
+
+// ---- Overlaps in prolate spheroidal coordinates --------------------------
+// With the foci on the atoms, r_a = R/2 (xi + eta), r_b = R/2 (xi - eta),
+// z = R/2 (1 + xi eta) and rho^2 = (R/2)^2 (xi^2 - 1)(1 - eta^2): a product of
+// Slater orbitals is a polynomial in xi and eta times exp(-p xi - t eta).
+
+constexpr int kDeg = 16;
+struct Poly {
+  std::array<std::array<double, kDeg>, kDeg> c{};  // c[i][j] xi^i eta^j
+};
+
+Poly Constant(double v) {
+  Poly p;
+  p.c[0][0] = v;
+  return p;
+}
+
+// Highest powers of xi and eta that occur, so that products stay cheap.
+std::pair<int, int> Degree(const Poly& a) {
+  int di = -1, dj = -1;
+  for (int i = 0; i < kDeg; ++i)
+    for (int j = 0; j < kDeg; ++j)
+      if (a.c[i][j] != 0) di = std::max(di, i), dj = std::max(dj, j);
+  return {di, dj};
+}
+
+Poly Mul(const Poly& a, const Poly& b) {
+  Poly r;
+  const auto [ai, aj] = Degree(a);
+  const auto [bi, bj] = Degree(b);
+  for (int i = 0; i <= ai; ++i)
+    for (int j = 0; j <= aj; ++j) {
+      const double v = a.c[i][j];
+      if (v == 0) continue;
+      for (int k = 0; k <= bi && i + k < kDeg; ++k)
+        for (int l = 0; l <= bj && j + l < kDeg; ++l) r.c[i + k][j + l] += v * b.c[k][l];
+    }
+  return r;
+}
+
+Poly Add(const Poly& a, const Poly& b, double fb = 1) {
+  Poly r = a;
+  for (int i = 0; i < kDeg; ++i)
+    for (int j = 0; j < kDeg; ++j) r.c[i][j] += fb * b.c[i][j];
+  return r;
+}
+
+Poly Power(const Poly& a, int k) {
+  Poly r = Constant(1);
+  for (int i = 0; i < k; ++i) r = Mul(r, a);
+  return r;
+}
+
+// A_k(p) = integral from 1 to infinity of x^k exp(-p x).
+void AIntegrals(double p, int kmax, double* a) {
+  const double e = std::exp(-p);
+  a[0] = e / p;
+  for (int k = 1; k <= kmax; ++k) a[k] = (e + k * a[k - 1]) / p;
+}
+
+// B_k(t) = integral from -1 to 1 of x^k exp(-t x). The upward recurrence
+// loses digits for small |t|, where the power series serves.
+void BIntegrals(double t, int kmax, double* b) {
+  if (std::abs(t) <= 5.0) {
+    for (int k = 0; k <= kmax; ++k) {
+      double sum = 0, term = 1;  // (-t)^i / i!
+      for (int i = 0; i < 80; ++i) {
+        if ((k + i) % 2 == 0) sum += term * 2.0 / (k + i + 1);
+        term *= -t / (i + 1);
+        if (std::abs(term) < 1e-18 * std::abs(sum) && i > k) break;
+      }
+      b[k] = sum;
+    }
+    return;
+  }
+  const double ep = std::exp(t), em = std::exp(-t);
+  b[0] = (ep - em) / t;
+  for (int k = 1; k <= kmax; ++k) b[k] = ((k % 2 == 0 ? ep : -ep) - em + k * b[k - 1]) / t;
+}
+
+double Factorial(int n) {
+  double f = 1;
+  for (int i = 2; i <= n; ++i) f *= i;
+  return f;
+}
+
+// The part of a real solid harmonic that does not hold rho^m, as a polynomial
+// of z and rho^2, times its normalisation (the 1/sqrt(pi) of the phi part is
+// taken out and put back by the phi integral).
+Poly AngularPart(int l, int m, const Poly& z, const Poly& rho2) {
+  if (l == 0) return Constant(std::sqrt(1.0 / 4.0));
+  if (l == 1) return m == 0 ? Add(Poly{}, z, std::sqrt(3.0 / 4.0)) : Constant(std::sqrt(3.0 / 4.0));
+  // l == 2
+  if (m == 0) return Add(Add(Poly{}, Mul(z, z), 2 * std::sqrt(5.0 / 16.0)), rho2, -std::sqrt(5.0 / 16.0));
+  if (m == 1) return Add(Poly{}, z, std::sqrt(15.0 / 4.0));
+  return Constant(std::sqrt(15.0 / 16.0));
+}
+
+}  // namespace
+
+double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m, double r) {
+  const double h = r / 2;
+  Poly xiPlusEta, xiMinusEta, zA, zB, rho2;
+  xiPlusEta.c[1][0] = h, xiPlusEta.c[0][1] = h;     // r_a
+  xiMinusEta.c[1][0] = h, xiMinusEta.c[0][1] = -h;  // r_b
+  zA.c[0][0] = h, zA.c[1][1] = h;                   // z - z_A
+  zB.c[0][0] = -h, zB.c[1][1] = h;                  // z - z_B
+  Poly xi2m1, om2;                                  // xi^2 - 1, 1 - eta^2
+  xi2m1.c[2][0] = 1, xi2m1.c[0][0] = -1;
+  om2.c[0][2] = -1, om2.c[0][0] = 1;
+  rho2 = Add(Poly{}, Mul(xi2m1, om2), h * h);
+  Poly f = Mul(Power(xiPlusEta, na - 1 - la), AngularPart(la, m, zA, rho2));
+  f = Mul(f, Mul(Power(xiMinusEta, nb - 1 - lb), AngularPart(lb, m, zB, rho2)));
+  f = Mul(f, Power(rho2, m));
+  Poly volume;  // (R/2)^3 (xi^2 - eta^2)
+  volume.c[2][0] = h * h * h, volume.c[0][2] = -h * h * h;
+  f = Mul(f, volume);
+  double a[kDeg], b[kDeg];
+  AIntegrals(h * (za + zb), kDeg - 1, a);
+  BIntegrals(h * (za - zb), kDeg - 1, b);
+  double sum = 0;
+  for (int i = 0; i < kDeg; ++i)
+    for (int j = 0; j < kDeg; ++j)
+      if (f.c[i][j] != 0) sum += f.c[i][j] * a[i] * b[j];
+  const double norm = std::pow(2 * za, na + 0.5) / std::sqrt(Factorial(2 * na)) * std::pow(2 * zb, nb + 0.5) /
+                      std::sqrt(Factorial(2 * nb));
+  // phi integral: 2 pi for sigma, pi otherwise; the harmonics carry 1/sqrt(pi) each.
+  const double phi = m == 0 ? 2.0 : 1.0;
+  return norm * sum * phi;
+}
+
+int ValenceN(int z) {
+  if (z <= 2) return 1;
+  if (z <= 10) return 2;
+  if (z <= 18) return 3;
+  if (z <= 36) return 4;
+  if (z <= 54) return 5;
+  return 6;
+}
+
+int ValenceNd(int z) {
+  if (z <= 20) return 3;
+  if (z <= 30) return 3;
+  if (z <= 38) return 4;
+  if (z <= 48) return 4;
+  if (z <= 56) return 5;
+  return 5;
+}
+
+namespace {
+
+// ---- Multipoles of the charge distributions --------------------------------
+// On an atom with s and p orbitals the products of orbitals are represented
+// by point charges: the monopole (ss, and part of p p), the dipoles (s p),
+// and the quadrupoles (p p'), each with its additive term.
+enum Multipole { M, Dx, Dy, Dz, Qxx, Qyy, Qzz, Qxy, Qxz, Qyz, kMultipoles };
+
+struct Charge {
+  double q, x, y, z;
+};
+struct ChargeSet {
+  std::array<Charge, 4> c{};
+  int n = 0;
+  double rho = 0;  // additive term, bohr
+};
+
+ChargeSet MakeMultipole(int kind, const ElementParameters& p, bool heavy) {
+  ChargeSet s;
+  const double pm = 0.5 / p.am;
+  const double pd = heavy ? 0.5 / p.ad : pm;
+  const double pq = heavy ? 0.5 / p.aq : pm;
+  const double d = p.dd, qa = 2 * p.qq, q = p.qq;
+  auto add = [&s](double q_, double x, double y, double z) { s.c[s.n++] = {q_, x, y, z}; };
+  switch (kind) {
+    case M: add(1, 0, 0, 0), s.rho = pm; break;
+    case Dx: add(0.5, d, 0, 0), add(-0.5, -d, 0, 0), s.rho = pd; break;
+    case Dy: add(0.5, 0, d, 0), add(-0.5, 0, -d, 0), s.rho = pd; break;
+    case Dz: add(0.5, 0, 0, d), add(-0.5, 0, 0, -d), s.rho = pd; break;
+    case Qxx: add(0.25, qa, 0, 0), add(0.25, -qa, 0, 0), add(-0.5, 0, 0, 0), s.rho = pq; break;
+    case Qyy: add(0.25, 0, qa, 0), add(0.25, 0, -qa, 0), add(-0.5, 0, 0, 0), s.rho = pq; break;
+    case Qzz: add(0.25, 0, 0, qa), add(0.25, 0, 0, -qa), add(-0.5, 0, 0, 0), s.rho = pq; break;
+    case Qxy:
+      add(0.25, q, q, 0), add(0.25, -q, -q, 0), add(-0.25, q, -q, 0), add(-0.25, -q, q, 0), s.rho = pq;
+      break;
+    case Qxz:
+      add(0.25, q, 0, q), add(0.25, -q, 0, -q), add(-0.25, q, 0, -q), add(-0.25, -q, 0, q), s.rho = pq;
+      break;
+    case Qyz:
+      add(0.25, 0, q, q), add(0.25, 0, -q, -q), add(-0.25, 0, q, -q), add(-0.25, 0, -q, q), s.rho = pq;
+      break;
+  }
+  return s;
+}
+
+double Interaction(const ChargeSet& a, const ChargeSet& b, double r) {
+  const double add = (a.rho + b.rho) * (a.rho + b.rho);
+  double sum = 0;
+  for (int i = 0; i < a.n; ++i)
+    for (int j = 0; j < b.n; ++j) {
+      const double dx = b.c[j].x - a.c[i].x, dy = b.c[j].y - a.c[i].y, dz = r + b.c[j].z - a.c[i].z;
+      sum += a.c[i].q * b.c[j].q / std::sqrt(dx * dx + dy * dy + dz * dz + add);
+    }
+  return sum;
+}
+
+// Multipoles making up the product of local orbitals a and b (s, x, y, z).
+int Expansion(int a, int b, int* out) {
+  if (a > b) std::swap(a, b);
+  if (a == 0 && b == 0) return out[0] = M, 1;
+  if (a == 0) return out[0] = Dx + b - 1, 1;
+  if (a == b) return out[0] = M, out[1] = Qxx + a - 1, 2;
+  if (a == 1 && b == 2) return out[0] = Qxy, 1;
+  if (a == 1 && b == 3) return out[0] = Qxz, 1;
+  return out[0] = Qyz, 1;
+}
+
+// Rows of the rotation: local axes in the molecular frame, local z from A to B.
+std::array<std::array<double, 3>, 3> LocalFrame(const std::array<double, 3>& u) {
+  // x' lies in the plane of z' and the molecular z axis, y' completes the set.
+  std::array<double, 3> x{}, y{};
+  const double rxy = std::sqrt(u[0] * u[0] + u[1] * u[1]);
+  if (rxy > 1e-10) {
+    x = {u[0] * u[2] / rxy, u[1] * u[2] / rxy, -rxy};
+    y = {-u[1] / rxy, u[0] / rxy, 0};
+  } else {
+    x = {u[2] > 0 ? 1.0 : -1.0, 0, 0};
+    y = {0, 1, 0};
+  }
+  return {x, y, u};
+}
+
+}  // namespace
+
+std::vector<double> OneCentreIntegrals(const ElementParameters& p, int na) {
+  std::vector<double> g(static_cast<size_t>(na) * na * na * na, 0.0);
+  auto at = [&](int a, int b, int c, int d) -> double& { return g[((a * na + b) * na + c) * na + d]; };
+  auto set = [&](int a, int b, int c, int d, double v) {
+    at(a, b, c, d) = at(b, a, c, d) = at(a, b, d, c) = at(b, a, d, c) = v;
+    at(c, d, a, b) = at(d, c, a, b) = at(c, d, b, a) = at(d, c, b, a) = v;
+  };
+  set(0, 0, 0, 0, p.gss);
+  if (na >= 4) {
+    for (int k = 1; k <= 3; ++k) {
+      set(0, 0, k, k, p.gsp);
+      set(0, k, 0, k, p.hsp);
+      set(k, k, k, k, p.gpp);
+      for (int l = 1; l <= 3; ++l)
+        if (l != k) {
+          set(k, k, l, l, p.gp2);
+          set(k, l, k, l, p.hpp);
+        }
+    }
+  }
+  return g;
+}
+
+PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
+                          const std::array<double, 3>& xb) {
+  const ElementParameters& pa = set.el[za];
+  const ElementParameters& pb = set.el[zb];
+  PairIntegrals out;
+  out.na = OrbitalCount(pa, false);
+  out.nb = OrbitalCount(pb, false);
+  const int na = out.na, nb = out.nb;
+  std::array<double, 3> d = {xb[0] - xa[0], xb[1] - xa[1], xb[2] - xa[2]};
+  const double rA = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);  // angstrom
+  const double r = rA / kBohr;
+  for (double& c : d) c /= rA;
+  const auto frame = LocalFrame(d);
+
+  // Local-to-molecular coefficients: molecular orbital a = sum_b C[a][b] local b.
+  auto coef = [&](int a, int b) -> double {
+    if (a == 0 || b == 0) return a == b ? 1.0 : 0.0;
+    return frame[b - 1][a - 1];
+  };
+
+  // Multipole interactions in the local frame.
+  std::array<ChargeSet, kMultipoles> ma, mb;
+  for (int k = 0; k < kMultipoles; ++k) {
+    ma[k] = MakeMultipole(k, pa, na > 1);
+    mb[k] = MakeMultipole(k, pb, nb > 1);
+  }
+  const int nma = na > 1 ? kMultipoles : 1, nmb = nb > 1 ? kMultipoles : 1;
+  double inter[kMultipoles][kMultipoles] = {};
+  for (int i = 0; i < nma; ++i)
+    for (int j = 0; j < nmb; ++j) inter[i][j] = Interaction(ma[i], mb[j], r);
+  // The pi-pi' quadrupoles take the value that keeps the integrals invariant
+  // under rotation about the axis.
+  if (na > 1 && nb > 1) {
+    inter[Qxy][Qxy] = 0.5 * (inter[Qxx][Qxx] - inter[Qxx][Qyy]);
+    inter[Qxy][Qxx] = inter[Qxy][Qyy] = inter[Qxx][Qxy] = inter[Qyy][Qxy] = 0;
+  }
+
+  // Local integrals.
+  std::vector<double> loc(static_cast<size_t>(na) * na * nb * nb);
+  int ea[2], eb[2];
+  for (int a = 0; a < na; ++a)
+    for (int b = 0; b < na; ++b) {
+      const int nea = Expansion(a, b, ea);
+      for (int c = 0; c < nb; ++c)
+        for (int e = 0; e < nb; ++e) {
+          const int neb = Expansion(c, e, eb);
+          double v = 0;
+          for (int i = 0; i < nea; ++i)
+            for (int j = 0; j < neb; ++j) v += inter[ea[i]][eb[j]];
+          loc[((a * na + b) * nb + c) * nb + e] = v * kEv;
+        }
+    }
+
+  // Core attractions use the s-s distribution of the other atom (its core).
+  std::vector<double> e1bLoc(na * na), e2aLoc(nb * nb);
+  for (int a = 0; a < na; ++a)
+    for (int b = 0; b < na; ++b) e1bLoc[a * na + b] = -pb.core * loc[((a * na + b) * nb + 0) * nb + 0];
+  for (int c = 0; c < nb; ++c)
+    for (int e = 0; e < nb; ++e) e2aLoc[c * nb + e] = -pa.core * loc[((0 * na + 0) * nb + c) * nb + e];
+
+  // Transform each index to the molecular frame.
+  auto transform2 = [&](const std::vector<double>& in, int n, double* outp) {
+    for (int a = 0; a < n; ++a)
+      for (int b = 0; b < n; ++b) {
+        double v = 0;
+        for (int i = 0; i < n; ++i)
+          for (int j = 0; j < n; ++j) v += coef(a, i) * coef(b, j) * in[i * n + j];
+        outp[a * n + b] = v;
+      }
+  };
+  transform2(e1bLoc, na, out.e1b.data());
+  transform2(e2aLoc, nb, out.e2a.data());
+
+  out.w.assign(loc.size(), 0.0);
+  {
+    std::vector<double> t1(loc.size()), t2(loc.size());
+    // index order a b c d with sizes na na nb nb; transform one index at a time.
+    const int dims[4] = {na, na, nb, nb};
+    std::vector<double>* src = &loc;
+    std::vector<double>* dst = &t1;
+    for (int idx = 0; idx < 4; ++idx) {
+      const int n = dims[idx];
+      int stride = 1;
+      for (int k = idx + 1; k < 4; ++k) stride *= dims[k];
+      const int outer = static_cast<int>(src->size()) / (n * stride);
+      for (int o = 0; o < outer; ++o)
+        for (int s = 0; s < stride; ++s)
+          for (int a = 0; a < n; ++a) {
+            double v = 0;
+            for (int i = 0; i < n; ++i) v += coef(a, i) * (*src)[(o * n + i) * stride + s];
+            (*dst)[(o * n + a) * stride + s] = v;
+          }
+      src = dst;
+      dst = (dst == &t1) ? &t2 : &t1;
+    }
+    out.w = *src;
+  }
+
+  // Overlaps in the local frame, then rotated.
+  const int nsA = ValenceN(za), nsB = ValenceN(zb);
+  double sLoc[4][4] = {};
+  sLoc[0][0] = SlaterOverlap(nsA, 0, pa.zs, nsB, 0, pb.zs, 0, r);
+  if (nb > 1) sLoc[0][3] = SlaterOverlap(nsA, 0, pa.zs, nsB, 1, pb.zp, 0, r);
+  if (na > 1) sLoc[3][0] = SlaterOverlap(nsA, 1, pa.zp, nsB, 0, pb.zs, 0, r);
+  if (na > 1 && nb > 1) {
+    sLoc[3][3] = SlaterOverlap(nsA, 1, pa.zp, nsB, 1, pb.zp, 0, r);
+    sLoc[1][1] = sLoc[2][2] = SlaterOverlap(nsA, 1, pa.zp, nsB, 1, pb.zp, 1, r);
+  }
+  for (int a = 0; a < na; ++a)
+    for (int c = 0; c < nb; ++c) {
+      double v = 0;
+      for (int i = 0; i < na; ++i)
+        for (int j = 0; j < nb; ++j) v += coef(a, i) * coef(c, j) * sLoc[i][j];
+      out.overlap[a * nb + c] = v;
+    }
+
+  // Core-core repulsion.
+  const double gab = kEv / std::sqrt(r * r + std::pow(0.5 / pa.am + 0.5 / pb.am, 2));
+  const double enuc = pa.core * pb.core * gab;
+  const double ea_ = std::exp(-pa.alp * rA), eb_ = std::exp(-pb.alp * rA);
+  double scale = ea_ + eb_;
+  if (za + zb == 8 || za + zb == 9) {  // N-H and O-H in MNDO, AM1 and PM3
+    if (za == 7 || za == 8) scale += (rA - 1) * ea_;
+    if (zb == 7 || zb == 8) scale += (rA - 1) * eb_;
+  }
+  double ecc = enuc + std::abs(scale * enuc);
+  for (int k = 0; k < 4; ++k) {
+    for (const ElementParameters* p : {&pa, &pb}) {
+      if (p->gues1[k] == 0) continue;
+      const double ax = p->gues2[k] * (rA - p->gues3[k]) * (rA - p->gues3[k]);
+      if (ax <= 25.0) ecc += pa.core * pb.core / rA * p->gues1[k] * std::exp(-ax);
+    }
+  }
+  out.coreCore = ecc;
+  return out;
+}
+
+}  // namespace quintor::engine

@@ -1,0 +1,39 @@
+// Integrals of the NDDO methods for one pair of atoms: overlaps over Slater
+// orbitals, two-centre repulsion integrals from the multipole model of Dewar
+// and Thiel, core attractions and the core-core repulsion.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "engine/parameters.h"
+
+namespace quintor::engine {
+
+// Overlap of two normalised Slater orbitals (n, l, m) on atoms a distance
+// r (bohr) apart along z: m is 0 (sigma), 1 (pi) or 2 (delta), the same on both.
+double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m, double r);
+
+// Principal quantum number of the valence s and p shells, and of the d shell.
+int ValenceN(int z);
+int ValenceNd(int z);
+
+// Everything a pair of atoms contributes, in the molecular frame. Orbital
+// order on an atom: s, px, py, pz.
+struct PairIntegrals {
+  int na = 1, nb = 1;                 // orbitals on A and B
+  std::vector<double> w;              // (ab|cd): index ((a*na + b)*nb + c)*nb + d, eV
+  std::array<double, 16> e1b{};       // attraction of A's electrons by B's core: e1b[a*na+b], eV
+  std::array<double, 16> e2a{};       // attraction of B's electrons by A's core: e2a[c*nb+d], eV
+  std::array<double, 16> overlap{};   // S[a*nb + c]
+  double coreCore = 0;                // eV
+};
+
+// xa, xb in angstroms.
+PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
+                          const std::array<double, 3>& xb);
+
+// One-centre two-electron integrals (ab|cd) of an atom, na^4 values, eV.
+std::vector<double> OneCentreIntegrals(const ElementParameters& p, int na);
+
+}  // namespace quintor::engine

@@ -1,0 +1,36 @@
+// Quasi-Newton minimisation of the Davidon-Fletcher-Powell kind with a
+// backtracking line search, for smooth functions of a few hundred variables.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace quintor {
+
+struct DfpSettings {
+  double gradientTolerance = 0.1;  // stop when the largest gradient component is below this
+  double valueTolerance = 1e-3;    // ... or when the function changes by less than this in a step
+  double stepTolerance = 1e-4;     // ... or when no variable moves by more than this
+  int maxIterations = 200;
+  double maxStep = 0.2;            // longest first step of a line search (in the variables' units)
+};
+
+struct DfpResult {
+  double value = 0;
+  double gradientNorm = 0;
+  int iterations = 0;
+  int functionCalls = 0;
+  int gradientCalls = 0;
+  bool converged = false;
+  std::string message;  // "roundoff problem in lnsrch", "too many iterations in dfpmin", or empty
+};
+
+using DfpFunction = std::function<double(const std::vector<double>&)>;
+using DfpGradient = std::function<void(const std::vector<double>&, std::vector<double>&)>;
+
+// Minimises f from x (changed in place to the best point found).
+DfpResult DfpMinimise(std::vector<double>& x, const DfpFunction& f, const DfpGradient& gradient,
+                      const DfpSettings& settings = {});
+
+}  // namespace quintor

@@ -1,0 +1,45 @@
+#!/bin/bash
+# Regenerates the MOPAC reference heats of formation used by test_engine.
+#   geometries/<name>.xyz   made once by: obabel -:"<SMILES>" --gen3d -oxyz
+#   mopac_1scf.txt          name method heat(kcal/mol), mopac "<METHOD> 1SCF" at that geometry
+#   mopac_opt.txt           name method heat(kcal/mol), mopac "<METHOD> GNORM=0.01" optimised
+# Needs obabel and MOPAC 22 (/usr/bin/mopac). Run from this directory.
+set -e
+here=$(cd "$(dirname "$0")" && pwd)
+cd "$here"
+mkdir -p geometries
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+methods_for() {  # methods that carry parameters for every element of the molecule
+  case "$1" in
+    alcl3) echo "MNDO AM1 PM3 MNDOD" ;;
+    *) echo "MNDO AM1 PM3 MNDOD" ;;
+  esac
+}
+
+heat() {  # heat <keywords> <xyz>
+  local inp="$work/job.mop"
+  { echo "$1"; echo "reference"; echo ""
+    tail -n +3 "$2" | awk 'NF==4 {print $1, $2, $3, $4}'; } > "$inp"
+  (cd "$work" && mopac job.mop >/dev/null 2>&1)
+  grep "FINAL HEAT OF FORMATION" "$work/job.out" | tail -1 | awk '{print $6}'
+}
+
+echo "# name method heat_kcal_per_mol   (mopac <METHOD> 1SCF; $(mopac --version 2>/dev/null | head -1))" > mopac_1scf.txt
+echo "# name method heat_kcal_per_mol   (mopac <METHOD> GNORM=0.01, from the same start)" > mopac_opt.txt
+grep -v '^#' molecules.txt | while read -r name smiles; do
+  [ -z "$name" ] && continue
+  xyz="geometries/$name.xyz"
+  if [ ! -s "$xyz" ]; then
+    obabel -:"$smiles" --gen3d -oxyz 2>/dev/null | sed "2s/.*/$name/" > "$xyz"
+  fi
+  for m in $(methods_for "$name"); do
+    echo "$name $m $(heat "$m 1SCF" "$xyz")" >> mopac_1scf.txt
+  done
+done
+for name in water methane ammonia formaldehyde hf hcl ethanol; do
+  for m in MNDO AM1 PM3; do
+    echo "$name $m $(heat "$m GNORM=0.01" "geometries/$name.xyz")" >> mopac_opt.txt
+  done
+done
