@@ -170,11 +170,11 @@ TEST(Results, EightRunsAppendEightWholeRowsToOneCsv) {
   const std::string csv = dir.File("sweep.csv");
   std::vector<std::string> logs;
   for (int k = 0; k < 8; ++k) {
-    logs.push_back(dir.File("w" + std::to_string(k) + ".log"));
+    logs.push_back(dir.File(std::string("w") + std::to_string(k) + ".log"));
     std::filesystem::copy_file(TestData("gaussian16/water_opt_freq.log"), logs.back());
   }
   std::vector<std::thread> runs;
-  for (const std::string& log : logs) runs.emplace_back([&, log] { RunExe({log, "/0", "/CSV@" + csv}); });
+  for (const std::string& log : logs) runs.emplace_back([&, log] { RunExe({log, "/0", std::string("/CSV@") + csv}); });
   for (auto& t : runs) t.join();
   std::istringstream in(ReadFile(csv));
   std::vector<std::string> lines;
@@ -187,7 +187,7 @@ TEST(Results, EightRunsAppendEightWholeRowsToOneCsv) {
     EXPECT_NE(lines[k].find(",C2v,2,0,0,"), std::string::npos) << lines[k];
   }
   // A run that stops still gets its row, with its status.
-  RunExe({dir.File("missing.log"), "/0", "/CSV@" + csv});
+  RunExe({dir.File("missing.log"), "/0", std::string("/CSV@") + csv});
   EXPECT_NE(ReadFile(csv).find("missing.log,unknown,,0,,,,,,,,1,0,3,"), std::string::npos);
 }
 
