@@ -123,25 +123,22 @@ ModeExpansion ExpandInRotations(const std::vector<VibMode>& modes, const std::ve
     e.marked.push_back(sum >= IntRotThreshold);
   }
 
-  // The strongest claims first: each mode and each rotation is taken once.
-  struct Claim {
-    double share;
-    int row, rotation;
-  };
-  std::vector<Claim> claims;
-  for (size_t row = 0; row < e.mode.size(); ++row) {
-    if (!e.marked[row]) continue;
-    double sum = 0.0;
-    for (double c : e.coefficient[row]) sum += std::fabs(c);
+  // Modes most inside the rotations' span choose first, each its free
+  // rotation of largest coefficient. In a chain the torsions mix into every
+  // low mode, and a mode far outside the span (a CH2 rock) still sums many
+  // small coefficients past the threshold: the span decides, not the sum.
+  std::vector<size_t> order;
+  for (size_t row = 0; row < e.mode.size(); ++row)
+    if (e.marked[row] && e.sdet[row] >= IntRotThreshold) order.push_back(row);
+  std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return e.sdet[a] > e.sdet[b]; });
+  for (size_t row : order) {
+    int best = -1;
     for (int r = 0; r < nRot; ++r)
-      claims.push_back({std::fabs(e.coefficient[row][r]) / sum, static_cast<int>(row), r});
-  }
-  std::stable_sort(claims.begin(), claims.end(), [](const Claim& a, const Claim& b) { return a.share > b.share; });
-  std::vector<bool> rowUsed(e.mode.size(), false);
-  for (const Claim& c : claims) {
-    if (rowUsed[c.row] || e.modeOfRotation[c.rotation] != 0 || c.share <= 0.0) continue;
-    e.modeOfRotation[c.rotation] = e.mode[c.row];
-    rowUsed[c.row] = true;
+      if (e.modeOfRotation[r] == 0 &&
+          (best < 0 || std::fabs(e.coefficient[row][r]) > std::fabs(e.coefficient[row][best])))
+        best = r;
+    if (best < 0) break;
+    e.modeOfRotation[best] = e.mode[row];
   }
   return e;
 }

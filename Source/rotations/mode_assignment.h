@@ -29,9 +29,10 @@ struct ModeExpansion {
 // Expands every mode from `firstMode` (1-based) on that has displacements in
 // the displacement vectors of the rotations (per rotation, per atom), by
 // the normal equations of the least-squares fit solved by DGESV. Atoms of
-// `excluded` (1-based) take no part. Each marked mode goes to the rotation
-// of its largest coefficient; when two modes claim one rotation the larger
-// normalised coefficient wins, and the other mode goes to its next rotation.
+// `excluded` (1-based) take no part. A mode is marked when the absolute
+// coefficients sum to IntRotThreshold or more. Marked modes whose squared
+// projection on the rotations (SDet) also reaches the threshold are assigned
+// in the order of SDet, each to its free rotation of largest coefficient.
 ModeExpansion ExpandInRotations(const std::vector<VibMode>& modes, const std::vector<double>& masses,
                                 const std::vector<Vec3>& xyz, const std::vector<std::vector<Vec3>>& rotations,
                                 const std::vector<int>& excluded, int firstMode);
