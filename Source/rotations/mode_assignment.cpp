@@ -81,6 +81,12 @@ Flat MassWeighted(const std::vector<Vec3>& d, const std::vector<double>& masses,
 
 }  // namespace
 
+bool ReachesIntRotThreshold(const std::vector<double>& coefficients) {
+  double sum = 0.0;
+  for (double c : coefficients) sum += std::fabs(c);
+  return sum >= IntRotThreshold;
+}
+
 ModeExpansion ExpandInRotations(const std::vector<VibMode>& modes, const std::vector<double>& masses,
                                 const std::vector<Vec3>& xyz, const std::vector<std::vector<Vec3>>& rotations,
                                 const std::vector<int>& excluded, int firstMode) {
@@ -112,15 +118,12 @@ ModeExpansion ExpandInRotations(const std::vector<VibMode>& modes, const std::ve
     const std::vector<double> rhs = b;
     std::vector<int> pivot(nRot);
     if (lapack::dgesv(nRot, 1, a.data(), nRot, pivot.data(), b.data(), nRot) != 0) b.assign(nRot, 0.0);
-    double sum = 0.0, sdet = 0.0;
-    for (int r = 0; r < nRot; ++r) {
-      sum += std::fabs(b[r]);
-      sdet += b[r] * rhs[r];
-    }
+    double sdet = 0.0;
+    for (int r = 0; r < nRot; ++r) sdet += b[r] * rhs[r];
     e.mode.push_back(m);
     e.coefficient.push_back(b);
     e.sdet.push_back(sdet);
-    e.marked.push_back(sum >= IntRotThreshold);
+    e.marked.push_back(ReachesIntRotThreshold(b));
   }
 
   // Modes most inside the rotations' span choose first, each its free

@@ -17,6 +17,10 @@ namespace quintor {
 // for an internal rotation.
 inline constexpr double IntRotThreshold = 0.5;
 
+// Whether the coefficients of a mode's expansion mark it as a rotation:
+// their absolute values sum to IntRotThreshold or more (exactly 0.5 counts).
+bool ReachesIntRotThreshold(const std::vector<double>& coefficients);
+
 // The expansion of the modes in the rotations.
 struct ModeExpansion {
   std::vector<int> mode;                         // 1-based number of each expanded mode
