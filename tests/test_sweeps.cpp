@@ -135,11 +135,11 @@ TEST(Sweeps, NonFiniteValuesPrintAsAsterisks) {
   EXPECT_EQ(FmtG(INFINITY, 20, 8), std::string(20, '*'));
 }
 
-TEST(Sweeps, RotorsAreNotEvaluatedYetAndSayNothingMore) {
+TEST(Sweeps, WaterHasNoRotorsAndKeepsItsHarmonicTables) {
   SKIP_WITHOUT_TESTDATA();
   LogRun run(TestData("gaussian16/water_opt_freq.log"), {"/ARIR"});
   ASSERT_EQ(run.r.status, exit_status::Ok);
-  EXPECT_EQ(CountText(run.r.log, " WARNING! Internal rotations are not evaluated in this version\n"), 1);
+  EXPECT_EQ(CountText(run.r.log, " ARIR: No internal rotations Found\n"), 1);
   EXPECT_EQ(run.r.log.find("Pitzer-Gwinn"), std::string::npos);
   EXPECT_EQ(CountText(run.r.log, "temperatures (w/o internal rotations):"), 1);
 }

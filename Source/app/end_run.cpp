@@ -5,6 +5,7 @@
 
 #include "app/run.h"
 #include "io/fortran_io.h"
+#include "rotations/rotor_treatment.h"
 #include "thermo/thermo.h"
 #include "viewer/view_model.h"
 
@@ -73,7 +74,14 @@ void FinishLog(Session& s) {
 
 int EndRun(Session& s) {
   FinishLog(s);
-  if (s.opt.doThermo) CalcTD(s);
+  if (s.opt.doThermo) {
+    if (s.opt.arir || !s.rotors.empty()) {
+      HinderedRotors rotors;
+      CalcTD(s, false, &rotors);
+    } else {
+      CalcTD(s);
+    }
+  }
   s.log.Close(s.opt.noLog);
   return exit_status::Ok;
 }

@@ -58,6 +58,7 @@ struct ThermoState {
   double qmom = 0.0;                 // momentum partition function
   double fmom = 0.0;                 // its Helmholz free energy, kJ/mol
   TDResult elec, tran, rot, vib, tot;
+  TDResult tableRow;                 // what the last quiet evaluation printed as its row
 
   // The last inertia tensor handed to the eigensolver and its eigenvalues:
   // the tables evaluate one geometry many times and diagonalise it once.

@@ -21,19 +21,24 @@ void TableHead(Session& s) {
   s.log.Line(Ruler97);
 }
 
-void TableTitle(Session& s, std::string_view which) {
-  s.log.Line(" Thermodynamics at " + std::string(which) + " temperatures (w/o internal rotations):");
+void TableTitle(Session& s, std::string_view which, int nRot) {
+  if (nRot > 0)
+    s.log.Line(" Thermodynamics at " + std::string(which) + " temperatures (" + FmtI(nRot, 2) +
+               " internal rotations in Pitzer-Gwinn approximation):");
+  else
+    s.log.Line(" Thermodynamics at " + std::string(which) + " temperatures (w/o internal rotations):");
 }
 
 // `count` rows from `first` on, T growing by adding `step`.
-void TableRows(Session& s, double first, double step, long long count, std::vector<TableRow>& rows) {
+void TableRows(Session& s, double first, double step, long long count, std::vector<TableRow>& rows,
+               RotationTreatment* rotations) {
   rows.clear();
   rows.reserve(static_cast<size_t>(std::max(count, 0LL)));
   double T = first;
   for (long long k = 0; k < count; ++k) {
     s.opt.temperature = T;
-    ThermoAtTP(s, true);
-    rows.push_back({T, s.thermo.tot});
+    ThermoAtTP(s, true, rotations);
+    rows.push_back({T, s.thermo.tableRow});
     T += step;
   }
 }
@@ -46,7 +51,7 @@ void EditedWarning(Session& s, std::string_view tense) {
 
 }  // namespace
 
-void CalcTD(Session& s, bool structureEdited) {
+void CalcTD(Session& s, bool structureEdited, RotationTreatment* rotations) {
   if (s.nAtoms <= 0) return;
   s.log.EndLine();
   s.log.Line(" ******************** THERMOCHEMICAL PROPERTIES EVALUATION ********************");
@@ -64,7 +69,10 @@ void CalcTD(Session& s, bool structureEdited) {
   for (VibMode& m : s.modes) m.scaledFreq = m.freq * s.opt.freqScale;
   s.thermo.SizeFor(s.modes.size());
 
-  ThermoAtTP(s, false);
+  ThermoAtTP(s, false, rotations);
+  // Rotations that replace no mode leave the tables as they are.
+  if (rotations && rotations->Count() == 0) rotations = nullptr;
+  const int nRot = rotations ? rotations->Count() : 0;
   ThermoReport& report = s.thermo.report;
   const ThermoState& t = s.thermo;
   report.evaluated = true;
@@ -81,11 +89,11 @@ void CalcTD(Session& s, bool structureEdited) {
     return;
   }
 
-  TableTitle(s, "various");
+  TableTitle(s, "various", nRot);
   TableHead(s);
   // The tables generate no coordinate files.
   s.opt.genCoordAngle = 0.0;
-  TableRows(s, 10.0, 10.0, 50, report.fixedTable);
+  TableRows(s, 10.0, 10.0, 50, report.fixedTable, rotations);
   s.log.Line(Ruler97);
 
   if (!s.opt.tempTableRequested) {
@@ -97,10 +105,10 @@ void CalcTD(Session& s, bool structureEdited) {
   if (range[0] <= 0.0) range[0] = range[2];
   if (range[1] <= 0.0) range[1] = 19.0 * range[2] + range[0];
   const double first = range[0], last = range[1], step = range[2];
-  TableTitle(s, "requested");
+  TableTitle(s, "requested", nRot);
   TableHead(s);
   const auto count = static_cast<long long>((step - first + last) / step);
-  TableRows(s, first, step, count, report.requestedTable);
+  TableRows(s, first, step, count, report.requestedTable, rotations);
   s.log.Line(Ruler97);
   if (structureEdited) EditedWarning(s, "were");
 }

@@ -379,7 +379,7 @@ void MarkUsedModes(Session& s, bool linear) {
   }
 }
 
-void ThermoAtTP(Session& s, bool quiet) {
+void ThermoAtTP(Session& s, bool quiet, RotationTreatment* rotations) {
   ThermoState& t = s.thermo;
   Options& o = s.opt;
 
@@ -409,19 +409,26 @@ void ThermoAtTP(Session& s, bool quiet) {
   Vibrational(s, t, quiet);
   Totals(s, t, quiet);
 
-  // The hindered-rotor treatment is not part of this version: say so once,
-  // and let the rigid-rotor harmonic-oscillator values stand.
-  if (!quiet && (o.arir || !s.rotors.empty()))
-    s.log.Line(" WARNING! Internal rotations are not evaluated in this version");
+  const int nRot = rotations ? rotations->Evaluate(s, quiet) : 0;
   if (quiet) {
-    const TDResult& r = t.tot;
+    TDResult r = t.tot;
+    std::string warning;
+    if (nRot > 0) {
+      r = rotations->RowTotals();
+      const double percent = rotations->ErrorPercent();
+      if (percent >= 1.0)
+        warning = "  <--WARNING! There were " + FmtI(std::llround(percent), 3) +
+                  "% errors during Pitzer interpolation. Data for the given T can be erroneous!";
+    }
+    t.tableRow = r;
     for (auto [name, v] : {std::pair{"CV", r.cv}, {"CP", r.cp}, {"U", r.u}, {"H", r.h}, {"S", r.s}, {"G", r.g},
                            {"Q", r.q}, {"ln(Q)", r.lnQ}})
       if (!std::isfinite(v))
         s.log.Line(" WARNING! " + std::string(name) + " at T =" + FmtF(o.temperature, 10, 3) +
                    " K is not a finite number and is printed as asterisks");
     s.log.Line(FmtF(o.temperature, 10, 3) + FmtF(r.cv, 10, 3) + FmtF(r.cp, 10, 3) + FmtF(r.u, 10, 3) +
-               FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 15, 5) + FmtF(r.lnQ, 12, 5));
+               FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 15, 5) + FmtF(r.lnQ, 12, 5) +
+               warning);
   }
 }
 

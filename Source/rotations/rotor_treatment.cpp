@@ -1,0 +1,360 @@
+#include "rotations/rotor_treatment.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <map>
+#include <sstream>
+#include <string>
+
+#include "io/fortran_io.h"
+#include "numeric/constants.h"
+#include "rotations/mode_assignment.h"
+
+namespace quintor {
+
+namespace rc = constants;
+
+namespace {
+
+// Modes from this slot on are vibrations; the slots before hold the zero modes.
+constexpr int kFirstVibration = 7;
+
+const std::string Ruler118(118, '-');
+const std::string Asterisks(100, '*');
+
+// The lines of a report written to a stream, into the MainLog.
+void CopyLines(MainLog& log, const std::string& text) {
+  std::istringstream in(text);
+  std::string line;
+  while (std::getline(in, line)) log.Line(line);
+}
+
+// The formula of a group, carbon and hydrogen first: "CH3", "C6H5".
+std::string Formula(const Session& s, const std::vector<int>& atoms) {
+  std::map<std::string, int> count;
+  for (int a : atoms) {
+    std::string e;
+    for (char c : s.atomName[a - 1])
+      if (std::isalpha(static_cast<unsigned char>(c))) e += c;
+    ++count[e];
+  }
+  std::string f;
+  const auto put = [&](const std::string& e) {
+    const auto it = count.find(e);
+    if (it == count.end()) return;
+    f += e + (it->second > 1 ? std::to_string(it->second) : "");
+    count.erase(it);
+  };
+  put("C");
+  put("H");
+  while (!count.empty()) put(count.begin()->first);
+  return f;
+}
+
+std::string Coords(const Vec3& p) {
+  std::string t;
+  for (double v : p) t += FmtF(v * rc::BohrToAngstrom, 10, 6);
+  return t;
+}
+
+void WriteMoments(Session& s, int number, const Rotor& r) {
+  MainLog& log = s.log;
+  log.Line(" *** Internal rotation No." + FmtI(number, 3) + " (replacing the vibration mode" + FmtI(r.mode, 4) + ")");
+  log.Line(" Masses (amu) and moments of inertia (amu*bohr^2) of rotating groups:");
+  log.Line(" Group 1:  M1=" + FmtF(r.groups.group1.mass, 10, 4) + "   I1= " + FmtF(r.groups.group1.moment, 12, 4));
+  log.Line(" Group 2:  M2=" + FmtF(r.groups.group2.mass, 10, 4) + "   I2= " + FmtF(r.groups.group2.moment, 12, 4));
+  log.Line(" Reduced I=I1*I2/(I1+I2)     = " + FmtF(r.groups.reduced, 12, 4));
+  log.Line(" Pitzer's estimator I0       = " + FmtF(r.I0, 12, 4));
+  log.Line(" Pitzer's estimator I        = " + FmtF(r.I, 12, 4));
+  log.Line(" Rotation axes:");
+  const auto point = [&](int k, int atom, const Vec3& p) {
+    const std::string head = " Point " + std::to_string(k) + ":  ";
+    if (atom > 0)
+      log.Line(head + "Atom" + FmtI(atom, 3) + "  Coords:" + Coords(p));
+    else
+      log.Line(head + "Center of mass of Group" + std::to_string(k) + ". Coords:" + Coords(p));
+  };
+  point(1, r.axis.atom1, r.axis.p1);
+  point(2, r.axis.atom2, r.axis.p2);
+}
+
+void WriteKinematics(Session& s, const std::vector<Rotor>& rotors, const KinematicMoments& k) {
+  MainLog& log = s.log;
+  const int n = static_cast<int>(rotors.size());
+  log.Line(" Final order of internal rotations (after assignment of rotational modes)");
+  for (int i = 0; i < n; ++i) {
+    const Rotor& r = rotors[i];
+    std::string line = " Int.Rot." + FmtI(i + 1, 3) + ":   Top: " + FmtA(Formula(s, r.group), 8) + " Axis:" +
+                       FmtI(r.axis.atom1, 3) + FmtI(r.axis.atom2, 3) + "    Group:";
+    for (int a : r.group) line += FmtI(a, 3);
+    log.Line(line);
+  }
+  log.Line(" *** Analysis of the kinematic matrix for the internal rotations ***");
+  log.Line(" Kinematic matrix of internal rotations (amu*bohr**2)");
+  std::string head = FmtX(6);
+  for (int j = 1; j <= n; ++j) head += FmtI(j, 15);
+  log.Line(head);
+  for (int i = 0; i < n; ++i) {
+    std::string row = FmtI(i + 1, 6);
+    for (int j = 0; j < n; ++j) row += FmtF(k.matrix[i][j], 15, 5);
+    log.Line(row);
+  }
+  std::string i0, i;
+  for (int r = 0; r < n; ++r) {
+    i0 += FmtF(k.I0[r], 15, 5);
+    i += FmtF(k.I[r], 15, 5);
+  }
+  log.Line(" Approximate reduced moments of inertia for the internal rotations (I0), amu*bohr**2");
+  log.Line(i0);
+  log.Line(" Exact reduced moments of inertia for the internal rotations (I), amu*bohr**2");
+  log.Line(i);
+}
+
+// A coupled estimator that is not positive cannot be a moment: the rotation
+// falls back on its uncoupled value, with the reason in the log.
+void GuardEstimator(MainLog& log, int number, Rotor& r) {
+  if (r.I > 0.0) return;
+  log.Line(Asterisks);
+  log.Line(" ATTENTION! Pitzers istimator I has non-physical (negative) value for internal rotation " +
+           FmtI(number, 3));
+  log.Line(" ATTENTION! This can result in the fatal error or in the incorrect thermodynamic results.");
+  log.Line(" ATTENTION! The reason is that the molecule has compound strongly-coupled rotations not supported in the "
+           "current version");
+  log.Line(" ATTENTION! This defficiency of theory should be corrected in the future versions of Quintor.");
+  log.Line(" ATTENTION! Now, to avoid the fatal error the I value will be set to I0 = " + FmtF(r.I0, 15, 5));
+  log.Line(" ATTENTION! Thus, the thermodynamic values for this rotation can have significant error.");
+  log.Line(Asterisks);
+  r.I = r.I0;
+}
+
+void WriteTotals(Session& s, int nRot, const std::array<TDResult, 5>& c) {
+  MainLog& log = s.log;
+  log.Line(" Total values of thermodynamic functions (T=" + FmtF(s.opt.temperature, 8, 2) + " K,  P=" +
+           FmtF(s.opt.pressure, 10, 2) + " Pa) ");
+  log.Line(" taking into account" + FmtI(nRot, 3) + " internal rotations  (in different approximations)");
+  log.Line(Ruler118);
+  log.Line(FmtX(13) + " Harmonic   Free Rotator   Pitzer-Gwinn tables");
+  log.Line(FmtX(13) + "Ocsillator  I(*)    I(**)     I(*)    I(**)     IRMC");
+  log.Line(Ruler118);
+  const auto row = [&](const char* label, double TDResult::*field) {
+    std::string line = label;
+    for (const TDResult& r : c) line += FmtF(r.*field, 9, 3);
+    log.Line(line);
+  };
+  row(" Cv, J/K/mol=", &TDResult::cv);
+  row(" Cp, J/K/mol=", &TDResult::cp);
+  row(" U,  kJ/mol =", &TDResult::u);
+  row(" H,  kJ/mol =", &TDResult::h);
+  row(" S,  J/K/mol=", &TDResult::s);
+  row(" G,  kJ/mol =", &TDResult::g);
+  log.Line();
+  log.Line(Ruler118);
+  log.Line("I(*)  - reduced moments of inertia are calculated by formula 1/I=1/Ia+1/Ib");
+  log.Line("I(**) - reduced moments of inertia are calculated by Pitzer-Gwinn formulas");
+  log.Line("IRMC  - Monte Carlo integration with direct estimation of reduced moments");
+  log.Line("Note: Internal rotation contributions to U, H, G include U0=H0=ZPE");
+  log.Line("in HO and PG models (U0=H0=0 in FR model)");
+}
+
+void WriteEnergies(Session& s, double zpeTot, const std::array<TDResult, 5>& c) {
+  MainLog& log = s.log;
+  log.Line(" *** Total energy corrected by TD functions (including internal rotations) ****");
+  log.Line(" Minimum electronic-nuclear energy was taken from the input file at step:" + FmtI(s.lowestEnergyStep, 4));
+  log.Line(" Minimum Etot: " + FmtF(s.lowestEnergy, 16, 8) + "  (Please check the program decision manually!)");
+  log.Line(" Base Energy : " + FmtF(s.electronicEnergy, 16, 8) +
+           "  (Energy used as a base for TD calculations. It recommended to check it!)");
+  log.Line(FmtX(10) + "Harmonic             Free Rotator               Pitzer-Gwinn tables");
+  log.Line(FmtX(9) + "Ocsillator        I(*)           I(**)          I(*)           I(**)          IRMC");
+  const double e = s.electronicEnergy;
+  const auto row = [&](const char* label, auto add) {
+    std::string line = label;
+    for (const TDResult& r : c) line += FmtF(e + add(r) * rc::KJPerMolToHartree, 15, 8);
+    log.Line(line);
+  };
+  row("E    ", [](const TDResult&) { return 0.0; });
+  row("E+ZPE", [zpeTot](const TDResult&) { return zpeTot; });
+  row("E+U  ", [](const TDResult& r) { return r.u; });
+  row("E+H  ", [](const TDResult& r) { return r.h; });
+  row("E+G  ", [](const TDResult& r) { return r.g; });
+}
+
+}  // namespace
+
+double MomentSI(double amuBohr2) { return amuBohr2 * rc::AtomicMassUnit * rc::BohrRadius * rc::BohrRadius; }
+
+void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log) {
+  if (r.source == 0 || r.source == 3) {
+    r.V0Star = BarrierFromFrequency(MomentSI(r.groups.reduced), nu, r.n);
+    r.V0StarStar = BarrierFromFrequency(MomentSI(r.I), nu, r.n);
+    log.Line(" WARNING! Rotation barrier is estimated by vibration frequency of" + FmtX(9) + " : Freq(" +
+             FmtI(r.mode, 2) + ")= " + FmtF(nu, 7, 2) + " cm-1");
+  } else if (r.source == -1) {
+    r.V0Star = r.V0StarStar = r.v0Read;
+    log.Line(" Rotation barrier is read-in from the specification file");
+  } else {
+    std::ostringstream text;
+    const FourierBarrier f = FourierPotential(r.potential, r.n, autoFold, text);
+    CopyLines(log, text.str());
+    if (autoFold) r.n = f.n;
+    r.V0Star = r.V0StarStar = f.V0;
+  }
+}
+
+RotorResult RotorColumns(PitzerTables& tables, const Rotor& r, const ThermoState& t, double T) {
+  RotorResult out;
+  const size_t m = static_cast<size_t>(r.mode - 1);
+  RotorFunctions& ho = out.column[HarmonicColumn];
+  ho.C = t.cvib[m];
+  ho.U = ho.H = t.hvib[m];
+  ho.S = t.svib[m];
+  ho.G = t.gvib[m];
+  out.zpe = t.zpe[m];
+  const double iStar = MomentSI(r.groups.reduced), iStarStar = MomentSI(r.I);
+  out.column[FreeStarColumn] = FreeRotor(iStar, r.n, T);
+  out.column[FreeStarStarColumn] = FreeRotor(iStarStar, r.n, T);
+  out.column[PitzerStarColumn] = PitzerGwinnRotor(tables, r.V0Star, iStar, r.n, T);
+  // The failures that are reported are those of the I(*) look-ups.
+  const PitzerCounters counted = tables.counters;
+  out.column[PitzerStarStarColumn] = PitzerGwinnRotor(tables, r.V0StarStar, iStarStar, r.n, T);
+  tables.counters = counted;
+  return out;
+}
+
+std::array<TDResult, 5> TotalsWithRotors(const TDResult& rrho, const std::vector<Rotor>& rotors,
+                                         const std::vector<RotorResult>& results, const ThermoState& t) {
+  std::array<TDResult, 5> c;
+  c.fill(rrho);
+  for (size_t k = 0; k < rotors.size(); ++k) {
+    const size_t m = static_cast<size_t>(rotors[k].mode - 1);
+    for (int j = 0; j < 5; ++j) {
+      const RotorFunctions& f = results[k].column[j];
+      const double z = (j == FreeStarColumn || j == FreeStarStarColumn) ? 0.0 : t.zpe[m];
+      TDResult& r = c[j];
+      r.cv += f.C - t.cvib[m];
+      r.cp += f.C - t.cvib[m];
+      r.s += f.S - t.svib[m];
+      r.u += f.U - t.hvib[m] + z;
+      r.h += f.H - t.hvib[m] + z;
+      r.g += f.G - t.gvib[m] + z;
+    }
+  }
+  return c;
+}
+
+void HinderedRotors::Prepare(Session& s) {
+  prepared_ = true;
+  tables_ = BuildPitzerTables();
+  const int nAtoms = s.nAtoms;
+  const std::vector<Vec3> xyz(s.xyz.begin(), s.xyz.begin() + nAtoms);
+  const std::vector<double> masses(s.atomMass.begin(), s.atomMass.begin() + nAtoms);
+
+  std::vector<IntRot> given = s.rotors;
+  if (s.opt.arir) {
+    s.log.Line(" *** Automatic Recognition of Internal Rotations ***");
+    std::vector<Vec3> angstrom(xyz);
+    for (Vec3& p : angstrom)
+      for (double& v : p) v *= rc::BohrToAngstrom;
+    const std::vector<int> nuclear(s.atomicNumber.begin(), s.atomicNumber.begin() + nAtoms);
+    Recognition found = ARIR(nuclear, masses, angstrom, s.atomName, s.log);
+    given.clear();
+    if (!found.rotors.empty()) {
+      const ModeExpansion e =
+          ExpandInRotations(s.modes, masses, angstrom, found.displacement, s.excludeAtoms, kFirstVibration);
+      WriteModeExpansion(s.log, e, s.modes, static_cast<int>(found.rotors.size()));
+      for (size_t r = 0; r < found.rotors.size(); ++r) {
+        if (e.modeOfRotation[r] == 0) {
+          s.log.Line(" WARNING! No vibrational mode is assigned to internal rotation" + FmtI(static_cast<long long>(r + 1), 3) +
+                     "; it is left out of the evaluation");
+          continue;
+        }
+        found.rotors[r].mode = e.modeOfRotation[r];
+        given.push_back(found.rotors[r]);
+      }
+    }
+    s.rotors = given;
+  }
+
+  for (size_t k = 0; k < given.size(); ++k) {
+    const IntRot& g = given[k];
+    const bool atomsOk = std::all_of(g.group.begin(), g.group.end(), [&](int a) { return a >= 1 && a <= nAtoms; }) &&
+                         std::all_of(g.axis.begin(), g.axis.end(), [&](int a) { return a >= 0 && a <= nAtoms; });
+    if (g.mode < 1 || g.mode > static_cast<int>(s.modes.size()) || g.group.empty() || !atomsOk) {
+      s.log.Line(" WARNING! Internal rotation" + FmtI(static_cast<long long>(k + 1), 3) +
+                 " names a mode or atoms that the molecule does not have; it is left out of the evaluation");
+      continue;
+    }
+    Rotor r;
+    r.mode = g.mode;
+    r.n = g.symmetryNumber > 0 ? g.symmetryNumber : 1;
+    r.group = g.group;
+    r.other = OtherGroup(nAtoms, g.group);
+    r.axis = RotationAxisPoints(masses, xyz, r.group, g.axis);
+    r.groups = ReducedMomentOfGroups(masses, xyz, r.group, r.other, r.axis.p1, r.axis.p2);
+    r.source = g.potentialKind;
+    r.v0Read = g.v0;
+    for (size_t p = 0; p < g.angles.size() && p < g.energies.size(); ++p)
+      r.potential.push_back({g.angles[p], g.energies[p]});
+    rotors_.push_back(std::move(r));
+  }
+  if (rotors_.empty()) return;
+
+  std::vector<std::vector<int>> groups;
+  std::vector<AxisPoints> axes;
+  for (const Rotor& r : rotors_) {
+    groups.push_back(r.group);
+    axes.push_back(r.axis);
+  }
+  const KinematicMoments k = KinematicMatrix(masses, xyz, groups, axes);
+  for (size_t i = 0; i < rotors_.size(); ++i) {
+    rotors_[i].I0 = k.I0[i];
+    rotors_[i].I = k.I[i];
+    GuardEstimator(s.log, static_cast<int>(i + 1), rotors_[i]);
+  }
+  for (size_t i = 0; i < rotors_.size(); ++i) WriteMoments(s, static_cast<int>(i + 1), rotors_[i]);
+  WriteKinematics(s, rotors_, k);
+}
+
+int HinderedRotors::Evaluate(Session& s, bool quiet) {
+  if (!prepared_) {
+    try {
+      Prepare(s);
+    } catch (const RotationAxisError& e) {
+      s.log.Line(e.what());
+      throw RunStop(exit_status::Numeric);
+    }
+  }
+  if (rotors_.empty()) return 0;
+  const ThermoState& t = s.thermo;
+  const double T = s.opt.temperature;
+  tables_.counters = PitzerCounters{};
+  results_.clear();
+  for (size_t k = 0; k < rotors_.size(); ++k) {
+    Rotor& r = rotors_[k];
+    if (!quiet) {
+      ChooseBarrier(r, s.modes[r.mode - 1].scaledFreq, s.opt.arir, s.log);
+      std::ostringstream text;
+      WriteBarrierHeight(text, r.n, r.V0Star, T, MomentSI(r.groups.reduced), MomentSI(r.I));
+      CopyLines(s.log, text.str());
+    }
+    results_.push_back(RotorColumns(tables_, r, t, T));
+    if (!quiet) {
+      std::ostringstream text;
+      WriteRotorTable(text, static_cast<int>(k + 1), r.mode, results_.back());
+      CopyLines(s.log, text.str());
+    }
+  }
+  errorPercent_ = PitzerErrorPercent(tables_.counters);
+  columns_ = TotalsWithRotors(t.tot, rotors_, results_, t);
+  if (!quiet) {
+    WriteTotals(s, Count(), columns_);
+    WriteEnergies(s, t.zpeTot, columns_);
+  }
+  row_ = columns_[PitzerStarStarColumn];
+  const double RT = rc::GasConstant * T / 1000.0;
+  row_.lnQ = -((row_.g - t.zpeTot) - RT) / RT;
+  row_.q = std::exp(row_.lnQ);
+  return Count();
+}
+
+}  // namespace quintor
