@@ -15,7 +15,7 @@ QFont ViewFont() {
 
 QFont PaneFont() {
   QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-  font.setPixelSize(14);
+  font.setPixelSize(13);  // the 30 lines of the key help fit half a 1024-pixel frame
   return font;
 }
 

@@ -14,6 +14,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QTextCursor>
 #include <QVBoxLayout>
 
 #include "io/fortran_io.h"
@@ -212,6 +213,7 @@ void ViewerWindow::Apply(const Outcome& out) {
   if (out.helpChanged) {
     keys_->clear();
     for (const std::string& line : v_.help) keys_->appendPlainText(QString::fromStdString(line));
+    keys_->moveCursor(QTextCursor::Start);  // the help reads from its first line
   }
   ShowNewMessages();
   if (out.beep) QApplication::beep();
