@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Fails when a file of Source/ includes a folder its layer may not use.
-#   L0 numeric/, io/   L1 model/   L2 the subsystems   L3 app/ and main.cpp
+#   L0 numeric/, io/   L1 model/   L2 the subsystems   L3 app/ and main.cpp,
+#   and beside app/ the Qt windows viewer_qt/, the only folder that uses Qt
 # Inside L2: readers, thermo, rotations and viewer may use analysis;
 # rotations may use thermo and engine. Usage: tools/check_layers.sh [Source]
 set -euo pipefail
@@ -16,7 +17,8 @@ declare -A allowed=(
   [rotations]="rotations thermo engine analysis model io numeric"
   [viewer]="viewer analysis model io numeric"
   [app]="app viewer rotations engine thermo readers analysis model io numeric"
-  [.]="app model"
+  [viewer_qt]="viewer_qt viewer readers analysis model io numeric"
+  [.]="app viewer_qt model"
 )
 bad=0
 while IFS= read -r -d '' file; do

@@ -20,7 +20,7 @@ namespace {
 enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
-  SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV
+  SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP
 };
 
 struct OptionWord {
@@ -28,7 +28,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 48> kOptions = {{
+constexpr std::array<OptionWord, 49> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -41,6 +41,7 @@ constexpr std::array<OptionWord, 48> kOptions = {{
     {"/THERMO", Opt::THERMO},  {"/V@", Opt::VIEWFILE},    {"/V", Opt::VIEW},         {"/SCALE", Opt::SCALE},
     {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},    {"/NOE", Opt::NOE},
     {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},      {"/IRMC", Opt::IRMC},
+    {"/SNAP@", Opt::SNAP},
 }};
 
 std::string Cut(std::string_view s, size_t n) { return std::string(s.substr(0, std::min(s.size(), n))); }
@@ -213,6 +214,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       break;
     case Opt::JSON: o.json = true; break;
     case Opt::CSV: o.csvFile = Cut(Trim(original), MaxLine); break;
+    case Opt::SNAP: o.snapFile = Cut(Trim(original), MaxLine); break;
     case Opt::IRMC: {
       o.monteCarlo = true;
       int n = 0;
@@ -256,6 +258,16 @@ CommandLineAction ParseCommandLine(Session& s, const std::vector<std::string>& a
     }
   }
   return CommandLineAction::Run;
+}
+
+bool OpensWindows(const std::vector<std::string>& args) {
+  Session s;
+  try {
+    if (ParseCommandLine(s, args) != CommandLineAction::Run) return false;
+  } catch (const std::exception&) {
+    return false;
+  }
+  return !s.opt.noGraphics || !s.opt.snapFile.empty();
 }
 
 std::string UsageText() {
@@ -315,6 +327,9 @@ std::string UsageText() {
       "   /json - also write the results to <input>.json beside the MainLog\n"
       "   /csv@<file> - append one summary row of the run to <file> (header when new)\n"
       "   /nolog - do not keep the log file\n"
+      "   /snap@<file.png> - draw the molecular view (last coordinate set, starting view, /v honoured)\n"
+      "                      to a PNG picture of the view's size and end the run as /0 does;\n"
+      "                      needs no display (Qt's offscreen platform)\n"
       "   -h, --help, /? - this text;  --version - version and build number\n",
       VersionText, BuildNumber);
 }

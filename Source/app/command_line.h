@@ -20,6 +20,11 @@ enum class CommandLineAction { Run, Help, Version };
 // read throws FatalReadError.
 CommandLineAction ParseCommandLine(Session& s, const std::vector<std::string>& args);
 
+// Whether a run with these arguments opens windows: it has no /0, or it
+// draws a picture (/SNAP@). Help, version and arguments that can not be
+// read open none (the batch run reports them).
+bool OpensWindows(const std::vector<std::string>& args);
+
 // The usage text of -h, --help and /?.
 std::string UsageText();
 

@@ -22,24 +22,29 @@ void WriteLines(Session& s, const std::vector<std::string>& lines) {
 
 void ParametersInEffect(Session& s, const SymmetryAnalysis& symmetry) {
   const Options& o = s.opt;
-  s.log.Line();
-  s.log.Line(" ****** PARAMETERS IN EFFECT *******");
-  s.log.Line(" Temperature, K, set to  :" + FmtF(o.temperature, 10, 2));
-  s.log.Line(" Pressure, Pa,   set to  :" + FmtF(o.pressure, 10, 2));
-  s.log.Line(" Rotation number set to  :" + FmtI(std::lround(o.rotationNumber), 10));
-  s.log.Line(" H-bond length, A, set to:" + FmtF(o.hBondLength, 10, 2));
-  s.log.Line(" Internal rotations found:" + FmtI(static_cast<long long>(s.rotors.size()), 10));
-  s.log.Line(" Coordinate sets found   :" + FmtI(std::max(s.iCyc, 0), 10));
-  s.log.Line(" Frequencies found       :" + FmtI(static_cast<long long>(s.modes.size()), 10));
-  s.log.Line(" Num. of imaginary freqs :" + FmtI(s.nImag, 10));
-  s.log.Line(" Frequencies scaled by   :" + FmtF(o.freqScale, 10, 4));
-  s.log.Line(" Frequencies used in TD  >" + FmtF(o.freqBottom, 10, 2) + " cm-1");
-  s.log.Line(" Number of atoms         :" + FmtI(s.nAtoms, 10));
-  s.log.Line(" Molecular mass          :" + FmtF(s.molMass, 10, 4));
-  s.log.Line(" Symmetry group          : " + FmtA(symmetry.groupName, 4));
-  s.log.Line(" Approximate symmetry    : " + FmtA(symmetry.approximateName, 4) + FmtX(5));
-  s.log.Line(" Stoichiometry           : " + FmtA(Stoichiometry(s), 20));
-  s.log.Line(" ***********************************");
+  // A windowed run shows the block in the Message window as well.
+  auto put = [&s](const std::string& line = {}) {
+    s.log.Line(line);
+    if (!s.opt.noGraphics) s.messages.push_back(line);
+  };
+  put();
+  put(" ****** PARAMETERS IN EFFECT *******");
+  put(" Temperature, K, set to  :" + FmtF(o.temperature, 10, 2));
+  put(" Pressure, Pa,   set to  :" + FmtF(o.pressure, 10, 2));
+  put(" Rotation number set to  :" + FmtI(std::lround(o.rotationNumber), 10));
+  put(" H-bond length, A, set to:" + FmtF(o.hBondLength, 10, 2));
+  put(" Internal rotations found:" + FmtI(static_cast<long long>(s.rotors.size()), 10));
+  put(" Coordinate sets found   :" + FmtI(std::max(s.iCyc, 0), 10));
+  put(" Frequencies found       :" + FmtI(static_cast<long long>(s.modes.size()), 10));
+  put(" Num. of imaginary freqs :" + FmtI(s.nImag, 10));
+  put(" Frequencies scaled by   :" + FmtF(o.freqScale, 10, 4));
+  put(" Frequencies used in TD  >" + FmtF(o.freqBottom, 10, 2) + " cm-1");
+  put(" Number of atoms         :" + FmtI(s.nAtoms, 10));
+  put(" Molecular mass          :" + FmtF(s.molMass, 10, 4));
+  put(" Symmetry group          : " + FmtA(symmetry.groupName, 4));
+  put(" Approximate symmetry    : " + FmtA(symmetry.approximateName, 4) + FmtX(5));
+  put(" Stoichiometry           : " + FmtA(Stoichiometry(s), 20));
+  put(" ***********************************");
 }
 
 }  // namespace

@@ -189,7 +189,7 @@ void ReportResults(Session& s, int status) {
     s.Console() << " WARNING! Can not append to " << s.opt.csvFile << "\n";
 }
 
-int RunSession(Session& s, const std::vector<std::string>& args, bool& asked) {
+int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, const Frontend* frontend) {
   LineReader in;
   try {
     switch (ParseCommandLine(s, args)) {
@@ -205,6 +205,11 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked) {
     }
     int status = exit_status::Ok;
     if (!StartUp(s, in, status)) return Stop(s, status);
+    // Windows are needed before the read pass; without a display the run
+    // stops here, not inside the window system.
+    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty();
+    if (windowed && !frontend->hasDisplay())
+      return StopWithMessage(s, " ERROR! No display: use /0 for a batch run", exit_status::NoDisplay);
     ReadPass(s, in, [&s] {
       s.Console() << " Exit? ([Y]/N) -->" << std::flush;
       const int key = s.Keyboard().get();
@@ -214,6 +219,12 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked) {
     in.Close();
     PostReadReport(s);
     s.view = StartingView(s.opt);  // under /0 the view is never touched
+    if (frontend && !s.opt.snapFile.empty()) {
+      if (!frontend->snapshot(s, s.opt.snapFile))
+        s.Console() << " WARNING! Can not write " << s.opt.snapFile << "\n";
+    } else if (windowed && frontend->interact(s)) {
+      s.opt.doThermo = true;
+    }
     return EndRun(s);
   } catch (const FatalReadError& e) {
     asked = true;  // also a bad option value
@@ -231,9 +242,9 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked) {
 
 }  // namespace
 
-int RunQuintor(Session& s, const std::vector<std::string>& args) {
+int RunQuintor(Session& s, const std::vector<std::string>& args, const Frontend* frontend) {
   bool asked = false;
-  const int status = RunSession(s, args, asked);
+  const int status = RunSession(s, args, asked, frontend);
   if (asked) ReportResults(s, status);
   return status;
 }

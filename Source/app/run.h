@@ -1,6 +1,7 @@
 // The run of one session: start-up, read pass, report and end of the run.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,10 +9,23 @@
 
 namespace quintor {
 
+// The window side of a run, given by the program's entry; a run without
+// one (the tests, the benchmarks) goes from the report straight to the end.
+struct Frontend {
+  // True when windows can be opened; a run without /0 stops otherwise.
+  std::function<bool()> hasDisplay;
+  // The interactive stage; true when the user asked for the evaluation
+  // ("CalcTD and Quit").
+  std::function<bool(Session&)> interact;
+  // Draws the starting view of the last set into a PNG file; false when
+  // the file could not be written.
+  std::function<bool(Session&, const std::string&)> snapshot;
+};
+
 // Runs a session from the command-line arguments (without the program name)
 // and returns the exit status. Console text goes to s.console, one-key
 // answers come from s.keyboard.
-int RunQuintor(Session& s, const std::vector<std::string>& args);
+int RunQuintor(Session& s, const std::vector<std::string>& args, const Frontend* frontend = nullptr);
 
 // The last view written to the MainLog at the end of the interactive work;
 // once per run.

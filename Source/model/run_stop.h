@@ -16,6 +16,7 @@ inline constexpr int NoCoordinates = 4;  // no coordinates, and the user chose t
 inline constexpr int CanNotWrite = 5;    // the MainLog can not be created
 inline constexpr int Numeric = 6;        // a computation failed ("too many iterations in jacobi")
 inline constexpr int Internal = 7;       // anything else that went wrong inside the program
+inline constexpr int NoDisplay = 8;      // a windowed run without a display to open its windows on
 }  // namespace exit_status
 
 // Stops the run after its message has been written: the MainLog keeps what

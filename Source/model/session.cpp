@@ -21,8 +21,10 @@ const CoordSet& Session::Set(int i) const {
   return k < sets_.size() ? sets_[k] : empty;
 }
 
-void StatusMessage(const Session& s, std::string_view text) {
-  if (!s.opt.noGraphics) s.Console() << text << "\n";
+void StatusMessage(Session& s, std::string_view text) {
+  if (s.opt.noGraphics) return;
+  s.Console() << text << "\n";
+  s.messages.emplace_back(text);
 }
 
 }  // namespace quintor

@@ -113,6 +113,7 @@ struct Options {
   bool specNameExplicit = false;      // /@
   bool json = false;                  // /JSON: <base>.json beside the MainLog
   std::string csvFile;                // /CSV@file: one summary row per run appended
+  std::string snapFile;               // /SNAP@file.png: the Molecular view to a picture, then end
 };
 
 // Names of the files of the run.
@@ -181,6 +182,7 @@ struct Session {
   MainLog log;
   std::ostream* console = nullptr;    // the screen under /0
   std::istream* keyboard = nullptr;   // one-key answers
+  std::vector<std::string> messages;  // the StatusWindow (Message window) of a windowed run
 
   Session();
   std::ostream& Console() const;
@@ -190,8 +192,8 @@ struct Session {
   std::vector<CoordSet> sets_;        // sets_[i + 1] is set i
 };
 
-// A line for the StatusWindow; there is none under /0, and no window yet in
-// this build, so the text goes to the console unless the run is in batch mode.
-void StatusMessage(const Session& s, std::string_view text);
+// A line for the StatusWindow (the Message window); there is none under /0.
+// The console gets a copy until the windows are up.
+void StatusMessage(Session& s, std::string_view text);
 
 }  // namespace quintor

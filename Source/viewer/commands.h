@@ -1,0 +1,97 @@
+// The dispatcher of the interactive stage: a key, a menu item or a click
+// and the state it meets give the new state and what the window must do.
+// No window is needed: the prompts go through an interface that the
+// window layer implements with dialogs and tests answer from a script.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "model/session.h"
+#include "viewer/viewer_state.h"
+
+namespace quintor {
+
+// A key as the loop reads it: a plain code, or 0 with an extended code.
+struct Key {
+  int code = 0;
+  int ext = 0;
+  friend bool operator==(const Key&, const Key&) = default;
+};
+
+namespace ext_key {
+inline constexpr int F1 = 59, F2 = 60, F3 = 61, F4 = 62, F10 = 68;
+inline constexpr int Home = 71, Up = 72, PgUp = 73, Left = 75, Right = 77, End = 79, Down = 80, PgDn = 81;
+inline constexpr int Ins = 82, Del = 83;
+inline constexpr int CtrlLeft = 115, CtrlRight = 116, CtrlUp = 141, CtrlDown = 145;
+}  // namespace ext_key
+
+inline constexpr Key Plain(char c) { return {static_cast<unsigned char>(c), 0}; }
+inline constexpr Key Extended(int code) { return {0, code}; }
+
+// The small modal prompts. AskReal, AskInteger and AskText return the
+// field as it stands when the dialog closes, whichever button closed it.
+struct Prompts {
+  virtual ~Prompts() = default;
+  virtual double AskReal(const std::string& text, double value) = 0;
+  virtual int AskInteger(const std::string& text, int value) = 0;
+  virtual std::string AskText(const std::string& text, const std::string& value) = 0;
+  virtual bool AskYesNo(const std::string& text) = 0;
+  virtual void ShowMessage(const std::string& text) = 0;
+};
+
+enum class MenuCommand {
+  NewSession, CalcTDAndQuit, Exit,
+  GeometryView, VibrationView, EditStructure,
+  Axes, Perspective, Labels, Balls, RotationStep, TranslationStep, PerspectiveFactor, ViewParameters,
+  Thermodynamics, GeometryOptimization,
+  NextSet, PreviousSet, FirstSet, LastSet, MarkAtomsHelp, Connect, SaveConfiguration, ZMatrixMolecule, Reorient,
+  MarkFragmentHelp, AddFragment, ZMatrixAtom, BondOperation, ReorientByZMatrix, ReorientOXZ, PlaceAtOrigin,
+  RemoveFragment, SaveFragment, ZMatrixFragment, StoreFragment,
+  Help, About,
+};
+
+// One item of the menu bar, in order; an empty `text` starts a new menu
+// named `menu`.
+struct MenuEntry {
+  std::string_view menu;
+  std::string_view text;
+  MenuCommand command;
+};
+std::span<const MenuEntry> MenuTable();
+
+enum class Ending { None, Exit, CalcTDAndQuit };
+
+// What a command asks of the window.
+struct Outcome {
+  bool redraw = true;       // a new frame (a key that does nothing still costs one)
+  bool helpChanged = false; // the Control keys pane
+  bool beep = false;
+  Ending ending = Ending::None;
+};
+
+inline constexpr std::string_view NotAvailable = " Not available yet";
+
+// The start of the interactive stage: the last coordinate set loaded, the
+// Geometry help written.
+void StartViewer(const Session& s, ViewerState& v);
+
+// Copies set v.currentSet into the working coordinates, rebuilds the bond
+// list and the mass centre, and writes the coordinate-set line.
+void LoadCoordinateSet(Session& s, ViewerState& v);
+
+// The key help of the Geometry view, 33 columns a line.
+std::vector<std::string> GeometryHelp(bool hasVibrations);
+
+Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts);
+Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& prompts);
+
+enum class MouseButton { Left, Right };
+// The atom (1-based) whose drawn position is nearest to the pixel; lower
+// number on a tie, 0 only without atoms.
+int NearestAtom(const Session& s, const ViewerState& v, double px, double py);
+// Left marks the nearest atom (a fifth mark starts a new list), right clears.
+Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double py);
+
+}  // namespace quintor

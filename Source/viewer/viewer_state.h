@@ -1,0 +1,48 @@
+// The state of the interactive stage beside the view of the Session: the
+// mode, the coordinate set on show, the bond list, the marked atoms, the
+// projected positions of the last frame and the texts of the panes.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "numeric/vec3.h"
+
+namespace quintor {
+
+// The drawing surface in pixels; the world rectangle follows from it.
+struct WorldWindow {
+  int width = 896, height = 947;
+  double Aspect() const { return static_cast<double>(width) / height; }
+};
+
+enum class ViewerMode { Geometry = -1, FragmentEdit = 1 };
+
+inline constexpr int MaxMarked = 4;
+inline constexpr int MaxBonds = 16;
+
+struct ViewerState {
+  ViewerMode mode = ViewerMode::Geometry;
+  int currentSet = 0;                  // from -1 to the Session's iCyc
+  bool structureEdited = false;        // set by anything that moves atoms; never cleared
+  int atomCountChanged = 0;            // -1 atoms removed, +1 added; never cleared
+  bool hasVibrations = false;
+  int nVib = 0;
+  int noteFlag = -1;                   // toggled by M, read by nothing
+
+  std::vector<std::vector<int>> bonds; // 1-based partners of each atom, rising, at most 16
+  std::vector<int> marked;             // 1-based atom numbers, at most 4, in click order
+  std::vector<std::string> symbols;    // element symbols for the status line
+  Vec3 massCentre{};
+
+  WorldWindow window;
+  std::vector<Vec3> screen;            // ScreenCoords of the last frame
+  std::array<Vec3, 3> axisTips{};      // ScreenCoords of 1 A along each molecular axis
+
+  std::string setLine;                 // row 1 of the Molecular view
+  std::vector<std::string> help;       // the Control keys pane
+  std::vector<std::string> messages;   // lines the viewer adds to the Message window
+};
+
+}  // namespace quintor

@@ -1,0 +1,281 @@
+#include "viewer_qt/windows.h"
+
+#include <cstdlib>
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDialogButtonBox>
+#include <QDockWidget>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QTextCursor>
+#include <QVBoxLayout>
+
+#include "io/fortran_io.h"
+#include "readers/elements.h"
+#include "viewer/scene.h"
+#include "viewer_qt/paint.h"
+#include "viewer_qt/qt_viewer.h"
+
+namespace quintor {
+
+std::optional<Key> KeyFromQt(int qtKey, Qt::KeyboardModifiers modifiers, const QString& text) {
+  const bool ctrl = modifiers & Qt::ControlModifier;
+  switch (qtKey) {
+    case Qt::Key_Left: return Extended(ctrl ? ext_key::CtrlLeft : ext_key::Left);
+    case Qt::Key_Right: return Extended(ctrl ? ext_key::CtrlRight : ext_key::Right);
+    case Qt::Key_Up: return Extended(ctrl ? ext_key::CtrlUp : ext_key::Up);
+    case Qt::Key_Down: return Extended(ctrl ? ext_key::CtrlDown : ext_key::Down);
+    case Qt::Key_Home: return Extended(ext_key::Home);
+    case Qt::Key_End: return Extended(ext_key::End);
+    case Qt::Key_PageUp: return Extended(ext_key::PgUp);
+    case Qt::Key_PageDown: return Extended(ext_key::PgDn);
+    case Qt::Key_Insert: return Extended(ext_key::Ins);
+    case Qt::Key_Delete: return Extended(ext_key::Del);
+    case Qt::Key_F1: return Extended(ext_key::F1);
+    case Qt::Key_F2: return Extended(ext_key::F2);
+    case Qt::Key_F3: return Extended(ext_key::F3);
+    case Qt::Key_F4: return Extended(ext_key::F4);
+    case Qt::Key_F10: return Extended(ext_key::F10);
+    default: break;
+  }
+  if (text.size() == 1 && text[0].unicode() >= 32 && text[0].unicode() < 127)
+    return Plain(static_cast<char>(text[0].unicode()));
+  return std::nullopt;
+}
+
+// ---- Prompts ------------------------------------------------------------------
+
+namespace {
+
+// "Input new value": a caption, one edit field, OK and Cancel. The field is
+// read back whichever button closed the dialog.
+std::string AskField(QWidget* parent, const std::string& text, const std::string& value) {
+  QDialog dialog(parent);
+  dialog.setWindowTitle("Input new value");
+  auto* layout = new QVBoxLayout(&dialog);
+  layout->addWidget(new QLabel(QString::fromStdString(text)));
+  auto* field = new QLineEdit(QString::fromStdString(value));
+  field->setFont(PaneFont());
+  field->selectAll();
+  layout->addWidget(field);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  layout->addWidget(buttons);
+  dialog.exec();
+  return field->text().toStdString();
+}
+
+}  // namespace
+
+// An answer that is not a number keeps the old value.
+double DialogPrompts::AskReal(const std::string& text, double value) {
+  const std::string answer = AskField(parent, text, std::string(Trim(FmtF(value, 8, 2))));
+  const auto read = ParseFortranReal(Trim(answer));
+  return read ? *read : value;
+}
+
+int DialogPrompts::AskInteger(const std::string& text, int value) {
+  const std::string answer = AskField(parent, text, std::string(Trim(FmtI(value, 4))));
+  const auto read = ParseFortranInt(Trim(answer));
+  return read ? static_cast<int>(*read) : value;
+}
+
+std::string DialogPrompts::AskText(const std::string& text, const std::string& value) {
+  return AskField(parent, text, value);
+}
+
+bool DialogPrompts::AskYesNo(const std::string& text) {
+  QMessageBox box(parent);
+  box.setWindowTitle("Confirmation");
+  box.setText(QString::fromStdString(text));
+  QPushButton* no = box.addButton("No", QMessageBox::NoRole);
+  QPushButton* yes = box.addButton("Yes", QMessageBox::YesRole);
+  box.setDefaultButton(no);
+  box.exec();
+  return box.clickedButton() == yes;
+}
+
+void DialogPrompts::ShowMessage(const std::string& text) {
+  QMessageBox box(parent);
+  box.setWindowTitle("Program message");
+  box.setText(QString::fromStdString(text));
+  box.addButton("OK", QMessageBox::AcceptRole);
+  box.exec();
+}
+
+// ---- The Molecular view ---------------------------------------------------------
+
+MolecularView::MolecularView(const Session& s, ViewerState& v, QWidget* parent) : QWidget(parent), s_(s), v_(v) {
+  setWindowTitle("Molecular view");
+  setFocusPolicy(Qt::StrongFocus);
+  setAttribute(Qt::WA_OpaquePaintEvent);  // every frame paints the whole surface
+  setMinimumSize(200, 200);
+}
+
+void MolecularView::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  PaintScene(painter, BuildScene(s_, v_), v_.window);
+}
+
+// The world rectangle follows the surface: its height always spans 20 bohr.
+void MolecularView::resizeEvent(QResizeEvent*) { v_.window = {width(), height()}; }
+
+void MolecularView::keyPressEvent(QKeyEvent* event) {
+  const auto key = KeyFromQt(event->key(), event->modifiers(), event->text());
+  if (!key) return QWidget::keyPressEvent(event);
+  if (onKey) onKey(*key);
+}
+
+void MolecularView::mousePressEvent(QMouseEvent* event) {
+  const auto button = event->button() == Qt::LeftButton    ? std::optional(MouseButton::Left)
+                      : event->button() == Qt::RightButton ? std::optional(MouseButton::Right)
+                                                           : std::nullopt;
+  if (button && onClick) onClick(*button, event->position().x(), event->position().y());
+}
+
+// ---- The main window ------------------------------------------------------------------
+
+namespace {
+
+QPlainTextEdit* TextPane() {
+  auto* pane = new QPlainTextEdit;
+  pane->setReadOnly(true);
+  pane->setFont(PaneFont());
+  pane->setFocusPolicy(Qt::NoFocus);  // keys belong to the Molecular view
+  pane->setLineWrapMode(QPlainTextEdit::NoWrap);
+  return pane;
+}
+
+QDockWidget* Dock(const char* title, QWidget* content) {
+  auto* dock = new QDockWidget(title);
+  dock->setObjectName(title);
+  dock->setWidget(content);
+  dock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
+  return dock;
+}
+
+}  // namespace
+
+ViewerWindow::ViewerWindow(Session& s, ViewerState& v) : s_(s), v_(v) {
+  setWindowTitle(QString::fromStdString("Quintor - " + s.files.inputName));
+  view_ = new MolecularView(s, v);
+  setCentralWidget(view_);
+  messages_ = TextPane();
+  keys_ = TextPane();
+  auto* messageDock = Dock("Message window", messages_);
+  auto* keysDock = Dock("Control keys", keys_);
+  addDockWidget(Qt::RightDockWidgetArea, messageDock);
+  addDockWidget(Qt::RightDockWidgetArea, keysDock);
+  // The view takes seven tenths of the frame, the panes the rest.
+  resize(1280, 1024);
+  resizeDocks({messageDock}, {1280 * 3 / 10}, Qt::Horizontal);
+  resizeDocks({messageDock, keysDock}, {500, 500}, Qt::Vertical);
+  prompts_.parent = this;
+  BuildMenus();
+
+  for (const std::string& line : s.messages) messages_->appendPlainText(QString::fromStdString(line));
+  view_->onKey = [this](Key key) { Apply(DispatchKey(s_, v_, key, prompts_)); };
+  view_->onClick = [this](MouseButton b, double x, double y) { Apply(Click(s_, v_, b, x, y)); };
+  Outcome start;
+  start.helpChanged = true;
+  Apply(start);
+  view_->setFocus();
+}
+
+void ViewerWindow::BuildMenus() {
+  QMenu* menu = nullptr;
+  for (const MenuEntry& e : MenuTable()) {
+    if (e.text.empty()) {
+      menu = menuBar()->addMenu(QString::fromUtf8(e.menu.data(), static_cast<int>(e.menu.size())));
+      if (e.menu == "Edit") menu->setEnabled(false);  // greyed until the edit mode exists
+      continue;
+    }
+    const MenuCommand command = e.command;
+    QAction* action = menu->addAction(QString::fromUtf8(e.text.data(), static_cast<int>(e.text.size())));
+    connect(action, &QAction::triggered, this, [this, command] { Apply(DispatchMenu(s_, v_, command, prompts_)); });
+  }
+}
+
+void ViewerWindow::ShowNewMessages() {
+  for (; shownMessages_ < v_.messages.size(); ++shownMessages_)
+    messages_->appendPlainText(QString::fromStdString(v_.messages[shownMessages_]));
+}
+
+void ViewerWindow::Apply(const Outcome& out) {
+  if (out.helpChanged) {
+    keys_->clear();
+    for (const std::string& line : v_.help) keys_->appendPlainText(QString::fromStdString(line));
+    keys_->moveCursor(QTextCursor::Start);  // the help reads from its first line
+  }
+  ShowNewMessages();
+  if (out.beep) QApplication::beep();
+  if (out.ending != Ending::None) {
+    ending_ = out.ending;
+    close();
+    return;
+  }
+  if (out.redraw) view_->update();
+}
+
+void ViewerWindow::closeEvent(QCloseEvent* event) {
+  if (ending_ == Ending::None) ending_ = Ending::Exit;  // the frame's close button ends the work as Q
+  event->accept();
+}
+
+// ---- Entry points ------------------------------------------------------------------------
+
+bool HasDisplay() {
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    const char* value = std::getenv(name);
+    if (value && *value) return true;
+  }
+  return false;
+}
+
+void EnsureQtApplication(bool offscreen) {
+  if (QCoreApplication::instance()) return;
+  if (offscreen && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  static int argc = 1;
+  static char name[] = "quintor";
+  static char* argv[] = {name, nullptr};
+  // Lives to the end of the process: Qt objects may be made at any time.
+  static QApplication* app = new QApplication(argc, argv);
+  (void)app;
+}
+
+namespace {
+
+ViewerState ViewerFor(Session& s) {
+  ViewerState v;
+  StartViewer(s, v);
+  for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
+  LoadCoordinateSet(s, v);
+  return v;
+}
+
+}  // namespace
+
+bool RunWindows(Session& s) {
+  EnsureQtApplication();
+  ViewerState v = ViewerFor(s);
+  ViewerWindow window(s, v);
+  window.show();
+  QApplication::exec();
+  return window.ending() == Ending::CalcTDAndQuit;
+}
+
+bool SnapView(Session& s, const std::string& pngFile) {
+  EnsureQtApplication(true);
+  ViewerState v = ViewerFor(s);
+  return RenderView(s, v).save(QString::fromStdString(pngFile), "PNG");
+}
+
+}  // namespace quintor

@@ -1,0 +1,84 @@
+// The main window: the Molecular view in the middle, the Message window and
+// the Control keys docked at the right, the menu bar, and the dialogs of
+// the small prompts.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include <QDialog>
+#include <QMainWindow>
+#include <QPlainTextEdit>
+#include <QWidget>
+
+#include "model/session.h"
+#include "viewer/commands.h"
+#include "viewer/viewer_state.h"
+
+namespace quintor {
+
+// The loop's key for a Qt key event; none for keys the loop does not read
+// (a lone Shift, Ctrl).
+std::optional<Key> KeyFromQt(int qtKey, Qt::KeyboardModifiers modifiers, const QString& text);
+
+// The small prompts as modal dialogs: "Input new value" (the field is taken
+// whichever button closes it), "Confirmation" (No is the default) and
+// "Program message".
+struct DialogPrompts : Prompts {
+  QWidget* parent = nullptr;
+  double AskReal(const std::string& text, double value) override;
+  int AskInteger(const std::string& text, int value) override;
+  std::string AskText(const std::string& text, const std::string& value) override;
+  bool AskYesNo(const std::string& text) override;
+  void ShowMessage(const std::string& text) override;
+};
+
+// The drawing surface: paints the Scene of the state whole on every frame,
+// and hands keys and clicks to the dispatcher through `command`.
+class MolecularView : public QWidget {
+ public:
+  MolecularView(const Session& s, ViewerState& v, QWidget* parent = nullptr);
+  std::function<void(Key)> onKey;
+  std::function<void(MouseButton, double, double)> onClick;
+
+ protected:
+  void paintEvent(QPaintEvent*) override;
+  void resizeEvent(QResizeEvent*) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+
+ private:
+  const Session& s_;
+  ViewerState& v_;
+};
+
+// The frame of the interactive stage.
+class ViewerWindow : public QMainWindow {
+ public:
+  ViewerWindow(Session& s, ViewerState& v);
+  Ending ending() const { return ending_; }
+  MolecularView* view() const { return view_; }
+  // The two text panes, for a look from the tests.
+  QPlainTextEdit* messagePane() const { return messages_; }
+  QPlainTextEdit* keysPane() const { return keys_; }
+  // Carries out a command's outcome: panes, beep, redraw, end.
+  void Apply(const Outcome& out);
+  DialogPrompts& prompts() { return prompts_; }
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void BuildMenus();
+  void ShowNewMessages();
+  Session& s_;
+  ViewerState& v_;
+  MolecularView* view_ = nullptr;
+  QPlainTextEdit* messages_ = nullptr;
+  QPlainTextEdit* keys_ = nullptr;
+  DialogPrompts prompts_;
+  size_t shownMessages_ = 0;
+  Ending ending_ = Ending::None;
+};
+
+}  // namespace quintor
