@@ -15,4 +15,5 @@ CC=clang CXX=clang++ cmake -S . -B "$asan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDe
   -DQUINTOR_SANITIZE=ON -DQUINTOR_WERROR=ON >/dev/null
 cmake --build "$asan"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  LSAN_OPTIONS=suppressions="$(pwd)/tools/lsan.supp" \
   ctest --test-dir "$asan" --output-on-failure -j"$jobs" --timeout 600
