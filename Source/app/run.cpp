@@ -213,6 +213,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked) {
     });
     in.Close();
     PostReadReport(s);
+    RunEngineJobs(s);
     s.view = StartingView(s.opt);  // under /0 the view is never touched
     return EndRun(s);
   } catch (const FatalReadError& e) {
