@@ -120,8 +120,14 @@ TEST(engineMopac, SinglePointHeatsWithinFiveHundredthsOfAKcal) {
 }
 
 // On H, C, N, O and F alone MNDO/d is MNDO. MOPAC's own MNDOD differs from
-// its MNDO there by 0.01-0.07 kcal/mol (its MNDOD runs through another
-// integral path), so MNDO's number is the one to match.
+// its MNDO there by 0.01-0.07 kcal/mol although both take the same
+// parameters for these elements: its energy partition of H2 (ENPART) shows
+// every two-centre term, resonance, electron-electron, electron-nuclear and
+// nuclear-nuclear alike, smaller by about 2e-5 of itself, as if its d-method
+// integral path took the pair distance in bohr a little longer. Dividing by
+// an older bohr (0.529167) overshoots by about as much, so the exact cause
+// stays open; MNDO's number is the one to match, and the same offset is most
+// of what is left on the d-orbital molecules below (largest on dmso, 0.05).
 TEST(engineMopac, MndoDOnFirstRowMoleculesIsMndo) {
   std::map<std::string, double> mndo;
   for (const Reference& r : ReadReferences("mopac_1scf.txt"))
