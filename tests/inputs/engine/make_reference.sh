@@ -44,6 +44,9 @@ for name in water methane ammonia formaldehyde hf hcl ethanol; do
     echo "$name $m $(heat "$m GNORM=0.01" "geometries/$name.xyz")" >> mopac_opt.txt
   done
 done
+for name in hcl h2s; do  # MNDO/d with d orbitals
+  echo "$name MNDOD $(heat "MNDOD GNORM=0.01" "geometries/$name.xyz")" >> mopac_opt.txt
+done
 
 testdata="$here/../../../../shared/testdata"
 echo "# log method heat_kcal_per_mol   (mopac <METHOD> 1SCF at the last Standard orientation of the log in ../shared/testdata)" > mopac_logs.txt
