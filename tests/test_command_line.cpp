@@ -147,3 +147,36 @@ TEST(OutputNames, ExtensionsAndBaseNames) {
   EXPECT_EQ(BaseName("/data/run.1/water.log"), "/data/run.1/water");
   EXPECT_EQ(BaseName(std::string(140, 'x') + ".log"), "");
 }
+
+TEST(CommandLine, EngineOptions) {
+  struct Case {
+    std::vector<std::string> args;
+    int method, charge;
+    bool heat, geoOpt;
+    int maxCycles;
+  };
+  const Case cases[] = {
+      {{"x"}, 3, 0, false, false, 300},                         // PM3, neutral, nothing run
+      {{"x", "/HOF"}, 3, 0, true, false, 300},
+      {{"x", "/enginemndo", "/hof"}, 1, 0, true, false, 300},  // upper-cased like every option
+      {{"x", "/ENGINEAM1", "/GEOOPT"}, 2, 0, false, true, 300},
+      {{"x", "/ENGINEMNDOD"}, 4, 0, false, false, 300},         // not MNDO: whole-word match
+      {{"x", "/ENGINEPM3D", "/ENGINEPM3"}, 3, 0, false, false, 300},  // the last one counts
+      {{"x", "/ENGINE"}, 3, 0, false, false, 300},              // no name leaves the default
+      {{"x", "/CHARGE-1", "/C50"}, 3, -1, false, false, 50},    // /CHARGE is not /C
+      {{"x", "/CHARGE"}, 3, 0, false, false, 300},
+  };
+  for (const Case& c : cases) {
+    const Options o = Parse(c.args);
+    const std::string what = c.args.back();
+    EXPECT_EQ(o.engineMethod, c.method) << what;
+    EXPECT_EQ(o.charge, c.charge) << what;
+    EXPECT_EQ(o.engineHeat, c.heat) << what;
+    EXPECT_EQ(o.engineGeoOpt, c.geoOpt) << what;
+    EXPECT_EQ(o.maxCycles, c.maxCycles) << what;
+  }
+  EXPECT_THROW(Parse({"x", "/ENGINEMNDO3"}), FatalReadError);
+  EXPECT_THROW(Parse({"x", "/CHARGEX"}), FatalReadError);
+  for (const char* flag : {"/engine<M>", "/hof", "/geoopt", "/charge<N>"})
+    EXPECT_NE(UsageText().find(flag), std::string::npos) << flag;
+}

@@ -120,8 +120,14 @@ TEST(engineMopac, SinglePointHeatsWithinFiveHundredthsOfAKcal) {
 }
 
 // On H, C, N, O and F alone MNDO/d is MNDO. MOPAC's own MNDOD differs from
-// its MNDO there by 0.01-0.07 kcal/mol (its MNDOD runs through another
-// integral path), so MNDO's number is the one to match.
+// its MNDO there by 0.01-0.07 kcal/mol although both take the same
+// parameters for these elements: its energy partition of H2 (ENPART) shows
+// every two-centre term, resonance, electron-electron, electron-nuclear and
+// nuclear-nuclear alike, smaller by about 2e-5 of itself, as if its d-method
+// integral path took the pair distance in bohr a little longer. Dividing by
+// an older bohr (0.529167) overshoots by about as much, so the exact cause
+// stays open; MNDO's number is the one to match, and the same offset is most
+// of what is left on the d-orbital molecules below (largest on dmso, 0.05).
 TEST(engineMopac, MndoDOnFirstRowMoleculesIsMndo) {
   std::map<std::string, double> mndo;
   for (const Reference& r : ReadReferences("mopac_1scf.txt"))
@@ -151,13 +157,34 @@ TEST(engineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
   }
 }
 
-TEST(engineMopac, MndoDWithDOrbitalElementsIsRefusedNotGuessed) {
-  // The d-orbital integrals are still to come: a chlorine compound must be
-  // refused rather than given an sp-only number.
-  const EngineResult r = EngineRun(EngineMethod::MNDOD, ReadXyz("chloromethane").z, ReadXyz("chloromethane").x, 0, 1,
-                                   false, nullptr, BuiltinOnly());
-  EXPECT_EQ(r.status, EngineStatus::NotRun);
-  EXPECT_NE(r.message.find("not available"), std::string::npos);
+// MNDO/d with d orbitals on Al-Cl, Br and I against MOPAC's MNDOD. The core
+// additive term of the core-electron attractions and the core-core term is
+// MOPAC's poc_d: for Al-Cl, Zn, Br, Cd, I and Hg it is 1/2 of 27.21 eV over
+// GSS (the paper's rule, with the paper's hartree: the tables carry no
+// value for it, so it is derived), for Na and Mg the fitted 1.5305533 and
+// 1.3507762 bohr; elsewhere 1/(2 AM), as in MNDO.
+TEST(engineMopac, MndoDWithDOrbitalsWithinFifteenHundredthsOfAKcal) {
+  double worst = 0;
+  int checked = 0;
+  for (const Reference& r : ReadReferences("mopac_1scf.txt")) {
+    if (r.method != "MNDOD") continue;
+    const Geometry g = ReadXyz(r.molecule);
+    if (OnlyHCNOF(g)) continue;
+    const double heat = Heat(EngineMethod::MNDOD, g);
+    EXPECT_NEAR(heat, r.heat, 0.15) << r.molecule;
+    worst = std::max(worst, std::abs(heat - r.heat));
+    ++checked;
+  }
+  EXPECT_GE(checked, 14);
+  std::printf("  largest deviation from MOPAC, MNDOD with d orbitals: %.5f kcal/mol\n", worst);
+}
+
+TEST(engineMopac, MndoDUsesNineOrbitalsOnChlorine) {
+  const Geometry g = ReadXyz("chloromethane");
+  const EngineResult d = EngineRun(EngineMethod::MNDOD, g.z, g.x, 0, 1, false, nullptr, BuiltinOnly());
+  const EngineResult sp = EngineRun(EngineMethod::MNDO, g.z, g.x, 0, 1, false, nullptr, BuiltinOnly());
+  EXPECT_EQ(d.orbitals, sp.orbitals + 5);
+  EXPECT_EQ(d.electrons, sp.electrons);
 }
 
 // ---- Single atoms and special cases ------------------------------------------

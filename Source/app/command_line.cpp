@@ -15,12 +15,13 @@ namespace {
 
 // Option words in the order they are tested. Since each is a prefix test the
 // order matters: /ROTNUM before /ROT, /ARIR and /AU before /A, /CFOUR before
-// /C, /V@ before /V, and /PREC takes /PRECAU and /PRECNM along. /CSV@ is
-// tested before /C as /CFOUR is.
+// /C, /V@ before /V, and /PREC takes /PRECAU and /PRECNM along. /CSV@ and
+// /CHARGE are tested before /C as /CFOUR is.
 enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
-  SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP
+  SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
+  CHARGE, ENGINE, HOF, GEOOPT
 };
 
 struct OptionWord {
@@ -28,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 49> kOptions = {{
+constexpr std::array<OptionWord, 53> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -37,12 +38,21 @@ constexpr std::array<OptionWord, 49> kOptions = {{
     {"/G94", Opt::G94},        {"/G98", Opt::G98},        {"/G03", Opt::G03},        {"/G09", Opt::G09},
     {"/PRIR", Opt::PRIR},      {"/CFOUR", Opt::CFOUR},    {"/GZ", Opt::GZ},          {"/PAT", Opt::PAT},
     {"/HB", Opt::HB},          {"/FX", Opt::FX},          {"/RX", Opt::RX},          {"/FP", Opt::FP},
-    {"/CSV@", Opt::CSV},       {"/JSON", Opt::JSON},      {"/C", Opt::C},            {"/@", Opt::SPEC},
-    {"/THERMO", Opt::THERMO},  {"/V@", Opt::VIEWFILE},    {"/V", Opt::VIEW},         {"/SCALE", Opt::SCALE},
-    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},    {"/NOE", Opt::NOE},
-    {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},      {"/IRMC", Opt::IRMC},
-    {"/SNAP@", Opt::SNAP},
+    {"/CSV@", Opt::CSV},       {"/JSON", Opt::JSON},      {"/CHARGE", Opt::CHARGE},  {"/C", Opt::C},
+    {"/@", Opt::SPEC},         {"/THERMO", Opt::THERMO},  {"/V@", Opt::VIEWFILE},    {"/V", Opt::VIEW},
+    {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
+    {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
+    {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
+    {"/GEOOPT", Opt::GEOOPT},
 }};
+
+// The methods of /ENGINE by name, with their menu numbers.
+struct EngineMethodWord {
+  std::string_view name;
+  int menu;
+};
+constexpr std::array<EngineMethodWord, 5> kEngineMethods = {
+    {{"MNDO", 1}, {"AM1", 2}, {"PM3", 3}, {"MNDOD", 4}, {"PM3D", 5}}};
 
 std::string Cut(std::string_view s, size_t n) { return std::string(s.substr(0, std::min(s.size(), n))); }
 
@@ -215,6 +225,19 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     case Opt::JSON: o.json = true; break;
     case Opt::CSV: o.csvFile = Cut(Trim(original), MaxLine); break;
     case Opt::SNAP: o.snapFile = Cut(Trim(original), MaxLine); break;
+    case Opt::CHARGE: r.Int(value, o.charge); break;
+    case Opt::ENGINE: {
+      // A whole-word match: an unknown name stops the run as a bad number does.
+      const std::string_view name = Trim(value);
+      if (name.empty()) break;
+      const auto* m = std::find_if(kEngineMethods.begin(), kEngineMethods.end(),
+                                   [&](const EngineMethodWord& w) { return w.name == name; });
+      if (m == kEngineMethods.end()) throw FatalReadError(r.Place(), name);
+      o.engineMethod = m->menu;
+      break;
+    }
+    case Opt::HOF: o.engineHeat = true; break;
+    case Opt::GEOOPT: o.engineGeoOpt = true; break;
     case Opt::IRMC: {
       o.monteCarlo = true;
       int n = 0;
@@ -330,6 +353,12 @@ std::string UsageText() {
       "   /snap@<file.png> - draw the molecular view (last coordinate set, starting view, /v honoured)\n"
       "                      to a PNG picture of the view's size and end the run as /0 does;\n"
       "                      needs no display (Qt's offscreen platform)\n"
+      "\n"
+      " Semi-empirical engine flags (on the final geometry, after the report):\n"
+      "   /engine<M> - method M: MNDO, AM1, PM3 (default), MNDOD, PM3D\n"
+      "   /hof - heat of formation of the final geometry\n"
+      "   /geoopt - optimise the final geometry (Cartesian, numerical gradients)\n"
+      "   /charge<N> - molecular charge (default 0); the multiplicity is /mult\n"
       "   -h, --help, /? - this text;  --version - version and build number\n",
       VersionText, BuildNumber);
 }

@@ -218,6 +218,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     });
     in.Close();
     PostReadReport(s);
+    RunEngineJobs(s);
     s.view = StartingView(s.opt);  // under /0 the view is never touched
     if (frontend && !s.opt.snapFile.empty()) {
       if (!frontend->snapshot(s, s.opt.snapFile))

@@ -31,6 +31,10 @@ int RunQuintor(Session& s, const std::vector<std::string>& args, const Frontend*
 // once per run.
 void FinishLog(Session& s);
 
+// The semi-empirical engine on the final coordinate set, when /HOF or
+// /GEOOPT asks for it: its lines go to the MainLog after the report.
+void RunEngineJobs(Session& s);
+
 // Normal end of the run: last view, evaluation, closing the files. Returns
 // the exit status 0.
 int EndRun(Session& s);

@@ -122,6 +122,11 @@ struct Setup {
   double coreCore = 0;
 };
 
+// The resonance parameter of an atom's orbital: s, p (1-3) or d (4-8).
+double ResonanceOf(const ElementParameters& p, int orbital) {
+  return orbital == 0 ? p.betas : orbital < 4 ? p.betap : p.betad;
+}
+
 Setup BuildSetup(const ParameterSet& set, const Molecule& mol) {
   Setup s;
   s.mol = mol;
@@ -133,7 +138,7 @@ Setup BuildSetup(const ParameterSet& set, const Molecule& mol) {
     s.oneCentre[a] = OneCentreIntegrals(p, mol.count[a]);
     const int f = mol.first[a];
     s.h[f * n + f] = p.uss;
-    for (int k = 1; k < mol.count[a]; ++k) s.h[(f + k) * n + f + k] = p.upp;
+    for (int k = 1; k < mol.count[a]; ++k) s.h[(f + k) * n + f + k] = k < 4 ? p.upp : p.udd;
   }
   s.pairs.reserve(static_cast<size_t>(na) * (na - 1) / 2);
   for (int a = 1; a < na; ++a)
@@ -148,7 +153,7 @@ Setup BuildSetup(const ParameterSet& set, const Molecule& mol) {
         for (int j = 0; j < ib; ++j) s.h[(fb + i) * n + fb + j] += pi.e2a[i * ib + j];
       for (int i = 0; i < ia; ++i)
         for (int j = 0; j < ib; ++j) {
-          const double beta = 0.5 * ((i == 0 ? pa.betas : pa.betap) + (j == 0 ? pb.betas : pb.betap));
+          const double beta = 0.5 * (ResonanceOf(pa, i) + ResonanceOf(pb, j));
           const double v = beta * pi.overlap[i * ib + j];
           s.h[(fa + i) * n + fb + j] = v;
           s.h[(fb + j) * n + fa + i] = v;
@@ -334,16 +339,8 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       if (report) *report << res.message << '\n';
       return res;
     }
-    if (MethodHasDOrbitals(set.method) && OrbitalCount(set.el[z], true) == 9) {
-      // The d-orbital integrals of this extension are not in this version:
-      // a number without them would be wrong, so the call is refused.
-      res.message = fmt::format(" {} with d orbitals on element {} ({}) is not available yet.",
-                                MethodName(set.method), z, ElementSymbol(z));
-      if (report) *report << res.message << '\n';
-      return res;
-    }
     mol.first.push_back(mol.n);
-    mol.count.push_back(OrbitalCount(set.el[z], false));
+    mol.count.push_back(OrbitalCount(set.el[z], MethodHasDOrbitals(set.method)));
     mol.n += mol.count.back();
     electrons += static_cast<int>(std::lround(set.el[z].core));
   }

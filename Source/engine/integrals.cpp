@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "engine/constants.h"
+#include "engine/slater_condon.h"
 
 namespace quintor::engine {
 
@@ -170,7 +171,7 @@ struct Charge {
   double q, x, y, z;
 };
 struct ChargeSet {
-  std::array<Charge, 4> c{};
+  std::array<Charge, 6> c{};
   int n = 0;
   double rho = 0;  // additive term, bohr
 };
@@ -225,6 +226,121 @@ int Expansion(int a, int b, int* out) {
   return out[0] = Qyz, 1;
 }
 
+
+// ---- Multipoles of the d method ---------------------------------------------
+// Products that hold a d orbital, and every product in an integral that holds
+// one, are expanded in the point-charge multipoles of MNDO/d: monopole,
+// dipoles, and quadrupoles of each orientation, with the charge separation
+// and additive term of the kind of product (ss, sp, pp, sd, pd, dd).
+
+// Kind of product from the shells: ss 0, sp 1, pp 2, sd 3, pd 4, dd 5.
+int ProductKind(int a, int b) {
+  auto shell = [](int i) { return i == 0 ? 0 : i < 4 ? 1 : 2; };
+  const int lo = std::min(shell(a), shell(b)), hi = std::max(shell(a), shell(b));
+  static constexpr int kKind[3][3] = {{0, 1, 3}, {1, 2, 4}, {3, 4, 5}};
+  return kKind[lo][hi];
+}
+
+// Charge separation and additive term of kind k and order l on an atom.
+struct SeparationAndRho {
+  double d, rho;
+};
+SeparationAndRho Bipolar(const ElementParameters& p, bool hasD, int kind, int l) {
+  switch (kind) {
+    case 0: return {0, 0.5 / p.am};
+    case 1: return {p.dd, 0.5 / p.ad};
+    case 2: return l == 0 ? SeparationAndRho{0, 0.5 / p.am} : SeparationAndRho{p.qq * std::sqrt(2.0), 0.5 / p.aq};
+    default: break;
+  }
+  if (!hasD) return {0, 0};
+  if (kind == 3) return {p.add[3], p.bdd[3]};
+  if (kind == 4) return {p.add[4], p.bdd[4]};
+  return l == 0 ? SeparationAndRho{0, p.bdd[7]} : SeparationAndRho{p.add[5], p.bdd[5]};
+}
+
+ChargeSet PointMultipole(int l, int m, double d, double rho) {
+  ChargeSet s;
+  s.rho = rho;
+  auto add = [&s](double q, double x, double y, double z) { s.c[s.n++] = {q, x, y, z}; };
+  const double a = d / std::sqrt(2.0);
+  if (l == 0) {
+    add(1, 0, 0, 0);
+  } else if (l == 1) {
+    const double x = m == 1 ? d : 0, y = m == -1 ? d : 0, z = m == 0 ? d : 0;
+    add(0.5, x, y, z), add(-0.5, -x, -y, -z);
+  } else if (m == 0) {
+    add(0.25, 0, 0, d), add(0.25, 0, 0, -d);
+    add(-0.125, d, 0, 0), add(-0.125, -d, 0, 0), add(-0.125, 0, d, 0), add(-0.125, 0, -d, 0);
+  } else if (m == 1) {
+    add(0.25, a, 0, a), add(0.25, -a, 0, -a), add(-0.25, -a, 0, a), add(-0.25, a, 0, -a);
+  } else if (m == -1) {
+    add(0.25, 0, a, a), add(0.25, 0, -a, -a), add(-0.25, 0, -a, a), add(-0.25, 0, a, -a);
+  } else if (m == 2) {
+    add(0.25, d, 0, 0), add(0.25, -d, 0, 0), add(-0.25, 0, d, 0), add(-0.25, 0, -d, 0);
+  } else {
+    add(0.25, a, a, 0), add(0.25, -a, -a, 0), add(-0.25, a, -a, 0), add(-0.25, -a, a, 0);
+  }
+  return s;
+}
+
+// One term of the expansion of a product: the multipole (l, m) of its kind.
+struct BipolarTerm {
+  int kind, l, m;
+  double coef;
+};
+
+// The terms of every product of two of the nine orbitals, computed once.
+const std::vector<std::vector<BipolarTerm>>& BipolarExpansions() {
+  static const std::vector<std::vector<BipolarTerm>> kTable = [] {
+    std::vector<std::vector<BipolarTerm>> t(81);
+    for (int a = 0; a < 9; ++a)
+      for (int b = 0; b < 9; ++b)
+        for (int l = 0; l <= 2; ++l)
+          for (int m = -l; m <= l; ++m) {
+            const double c = MultipoleCoefficient(a, b, l, m);
+            if (c != 0) t[a * 9 + b].push_back({ProductKind(a, b), l, m, c});
+          }
+    return t;
+  }();
+  return kTable;
+}
+
+// Interactions between the multipoles of two atoms, computed when first asked.
+class BipolarInteractions {
+ public:
+  BipolarInteractions(const ElementParameters& pa, bool dA, const ElementParameters& pb, bool dB, double r)
+      : pa_(pa), pb_(pb), dA_(dA), dB_(dB), r_(r), memo_(kSlots * kSlots, std::nan("")) {}
+  double operator()(const BipolarTerm& ta, const BipolarTerm& tb) {
+    double& v = memo_[Slot(ta) * kSlots + Slot(tb)];
+    if (std::isnan(v)) {
+      const SeparationAndRho a = Bipolar(pa_, dA_, ta.kind, ta.l), b = Bipolar(pb_, dB_, tb.kind, tb.l);
+      v = Interaction(PointMultipole(ta.l, ta.m, a.d, a.rho), PointMultipole(tb.l, tb.m, b.d, b.rho), r_);
+    }
+    return v;
+  }
+
+ private:
+  static constexpr int kSlots = 6 * 9;
+  static int Slot(const BipolarTerm& t) { return t.kind * 9 + t.l * t.l + t.l + t.m; }
+  const ElementParameters &pa_, &pb_;
+  bool dA_, dB_;
+  double r_;
+  std::vector<double> memo_;
+};
+
+// Real d functions as traceless symmetric matrices of unit norm, in the order
+// z2, xz, yz, x2-y2, xy: the rotation of d orbitals follows from them.
+std::array<std::array<std::array<double, 3>, 3>, 5> DMatrices() {
+  const double s2 = 1 / std::sqrt(2.0), s6 = 1 / std::sqrt(6.0);
+  std::array<std::array<std::array<double, 3>, 3>, 5> m{};
+  m[0][0][0] = -s6, m[0][1][1] = -s6, m[0][2][2] = 2 * s6;
+  m[1][0][2] = m[1][2][0] = s2;
+  m[2][1][2] = m[2][2][1] = s2;
+  m[3][0][0] = s2, m[3][1][1] = -s2;
+  m[4][0][1] = m[4][1][0] = s2;
+  return m;
+}
+
 // Rows of the rotation: local axes in the molecular frame, local z from A to B.
 std::array<std::array<double, 3>, 3> LocalFrame(const std::array<double, 3>& u) {
   // x' lies in the plane of z' and the molecular z axis, y' completes the set.
@@ -243,6 +359,7 @@ std::array<std::array<double, 3>, 3> LocalFrame(const std::array<double, 3>& u) 
 }  // namespace
 
 std::vector<double> OneCentreIntegrals(const ElementParameters& p, int na) {
+  if (na == 9) return OneCentreIntegralsSpd(p);
   std::vector<double> g(static_cast<size_t>(na) * na * na * na, 0.0);
   auto at = [&](int a, int b, int c, int d) -> double& { return g[((a * na + b) * na + c) * na + d]; };
   auto set = [&](int a, int b, int c, int d, double v) {
@@ -269,10 +386,12 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
                           const std::array<double, 3>& xb) {
   const ElementParameters& pa = set.el[za];
   const ElementParameters& pb = set.el[zb];
+  const bool dMethod = MethodHasDOrbitals(set.method);
   PairIntegrals out;
-  out.na = OrbitalCount(pa, false);
-  out.nb = OrbitalCount(pb, false);
+  out.na = OrbitalCount(pa, dMethod);
+  out.nb = OrbitalCount(pb, dMethod);
   const int na = out.na, nb = out.nb;
+  const bool dA = na == 9, dB = nb == 9;
   std::array<double, 3> d = {xb[0] - xa[0], xb[1] - xa[1], xb[2] - xa[2]};
   const double rA = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);  // angstrom
   const double r = rA / kBohr;
@@ -280,50 +399,100 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   const auto frame = LocalFrame(d);
 
   // Local-to-molecular coefficients: molecular orbital a = sum_b C[a][b] local b.
-  auto coef = [&](int a, int b) -> double {
-    if (a == 0 || b == 0) return a == b ? 1.0 : 0.0;
-    return frame[b - 1][a - 1];
-  };
+  double cm[9][9] = {};
+  cm[0][0] = 1;
+  for (int a = 1; a < 4; ++a)
+    for (int b = 1; b < 4; ++b) cm[a][b] = frame[b - 1][a - 1];
+  if (dA || dB) {
+    // d_a(r) = r^T M_a r; in local coordinates r = F^T r', so M_a becomes F M_a F^T.
+    const auto dm = DMatrices();
+    for (int a = 0; a < 5; ++a) {
+      double rot[3][3] = {};
+      for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+          for (int k = 0; k < 3; ++k)
+            for (int l = 0; l < 3; ++l) rot[i][j] += frame[i][k] * dm[a][k][l] * frame[j][l];
+      for (int b = 0; b < 5; ++b) {
+        double v = 0;
+        for (int i = 0; i < 3; ++i)
+          for (int j = 0; j < 3; ++j) v += rot[i][j] * dm[b][i][j];
+        cm[4 + a][4 + b] = v;
+      }
+    }
+  }
+  auto coef = [&cm](int a, int b) { return cm[a][b]; };
 
-  // Multipole interactions in the local frame.
+  // Multipole interactions of the sp products in the local frame (Dewar-Thiel).
+  const bool spA = na > 1, spB = nb > 1;
   std::array<ChargeSet, kMultipoles> ma, mb;
   for (int k = 0; k < kMultipoles; ++k) {
-    ma[k] = MakeMultipole(k, pa, na > 1);
-    mb[k] = MakeMultipole(k, pb, nb > 1);
+    ma[k] = MakeMultipole(k, pa, spA);
+    mb[k] = MakeMultipole(k, pb, spB);
   }
-  const int nma = na > 1 ? kMultipoles : 1, nmb = nb > 1 ? kMultipoles : 1;
+  const int nma = spA ? kMultipoles : 1, nmb = spB ? kMultipoles : 1;
   double inter[kMultipoles][kMultipoles] = {};
   for (int i = 0; i < nma; ++i)
     for (int j = 0; j < nmb; ++j) inter[i][j] = Interaction(ma[i], mb[j], r);
   // The pi-pi' quadrupoles take the value that keeps the integrals invariant
   // under rotation about the axis.
-  if (na > 1 && nb > 1) {
+  if (spA && spB) {
     inter[Qxy][Qxy] = 0.5 * (inter[Qxx][Qxx] - inter[Qxx][Qyy]);
     inter[Qxy][Qxx] = inter[Qxy][Qyy] = inter[Qxx][Qxy] = inter[Qyy][Qxy] = 0;
   }
+  BipolarInteractions bipolar(pa, dA, pb, dB, r);
+  const auto& expansions = BipolarExpansions();
 
-  // Local integrals.
+  // Local integrals: sp products alone by Dewar-Thiel, any integral with a d
+  // orbital in it by the multipoles of the d method.
   std::vector<double> loc(static_cast<size_t>(na) * na * nb * nb);
   int ea[2], eb[2];
   for (int a = 0; a < na; ++a)
     for (int b = 0; b < na; ++b) {
-      const int nea = Expansion(a, b, ea);
+      const int nea = a < 4 && b < 4 ? Expansion(a, b, ea) : 0;
       for (int c = 0; c < nb; ++c)
         for (int e = 0; e < nb; ++e) {
-          const int neb = Expansion(c, e, eb);
           double v = 0;
-          for (int i = 0; i < nea; ++i)
-            for (int j = 0; j < neb; ++j) v += inter[ea[i]][eb[j]];
+          if (a < 4 && b < 4 && c < 4 && e < 4) {
+            const int neb = Expansion(c, e, eb);
+            for (int i = 0; i < nea; ++i)
+              for (int j = 0; j < neb; ++j) v += inter[ea[i]][eb[j]];
+          } else {
+            for (const BipolarTerm& ta : expansions[a * 9 + b])
+              for (const BipolarTerm& tb : expansions[c * 9 + e])
+                if (ta.m == tb.m) v += ta.coef * tb.coef * bipolar(ta, tb);
+          }
           loc[((a * na + b) * nb + c) * nb + e] = v * kEv;
         }
     }
 
-  // Core attractions use the s-s distribution of the other atom (its core).
+  // Core attractions: the electrons' multipoles in the field of the other
+  // atom's core, a monopole with the core's own additive term.
+  const double coreRhoA = CoreAdditiveTerm(za, pa, set.method), coreRhoB = CoreAdditiveTerm(zb, pb, set.method);
+  ChargeSet coreA = PointMultipole(0, 0, 0, coreRhoA), coreB = PointMultipole(0, 0, 0, coreRhoB);
+  auto attraction = [&](const ElementParameters& p, bool hasD, const std::array<ChargeSet, kMultipoles>& m,
+                        const ChargeSet& core, double sign, int a, int b) {
+    // sign: +1 with the electrons on A (core at +r), -1 with them on B (core at -r)
+    double v = 0;
+    if (a < 4 && b < 4) {
+      int e[2];
+      const int ne = Expansion(a, b, e);
+      for (int i = 0; i < ne; ++i)
+        v += sign > 0 ? Interaction(m[e[i]], core, r) : Interaction(core, m[e[i]], r);
+    } else {
+      for (const BipolarTerm& t : expansions[a * 9 + b]) {
+        if (t.m != 0) continue;
+        const SeparationAndRho sr = Bipolar(p, hasD, t.kind, t.l);
+        const ChargeSet c = PointMultipole(t.l, 0, sr.d, sr.rho);
+        v += t.coef * (sign > 0 ? Interaction(c, core, r) : Interaction(core, c, r));
+      }
+    }
+    return v * kEv;
+  };
   std::vector<double> e1bLoc(na * na), e2aLoc(nb * nb);
   for (int a = 0; a < na; ++a)
-    for (int b = 0; b < na; ++b) e1bLoc[a * na + b] = -pb.core * loc[((a * na + b) * nb + 0) * nb + 0];
+    for (int b = 0; b < na; ++b) e1bLoc[a * na + b] = -pb.core * attraction(pa, dA, ma, coreB, 1, a, b);
   for (int c = 0; c < nb; ++c)
-    for (int e = 0; e < nb; ++e) e2aLoc[c * nb + e] = -pa.core * loc[((0 * na + 0) * nb + c) * nb + e];
+    for (int e = 0; e < nb; ++e) e2aLoc[c * nb + e] = -pa.core * attraction(pb, dB, mb, coreA, -1, c, e);
 
   // Transform each index to the molecular frame.
   auto transform2 = [&](const std::vector<double>& in, int n, double* outp) {
@@ -338,7 +507,6 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   transform2(e1bLoc, na, out.e1b.data());
   transform2(e2aLoc, nb, out.e2a.data());
 
-  out.w.assign(loc.size(), 0.0);
   {
     std::vector<double> t1(loc.size()), t2(loc.size());
     // index order a b c d with sizes na na nb nb; transform one index at a time.
@@ -363,16 +531,24 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
     out.w = *src;
   }
 
-  // Overlaps in the local frame, then rotated.
-  const int nsA = ValenceN(za), nsB = ValenceN(zb);
-  double sLoc[4][4] = {};
-  sLoc[0][0] = SlaterOverlap(nsA, 0, pa.zs, nsB, 0, pb.zs, 0, r);
-  if (nb > 1) sLoc[0][3] = SlaterOverlap(nsA, 0, pa.zs, nsB, 1, pb.zp, 0, r);
-  if (na > 1) sLoc[3][0] = SlaterOverlap(nsA, 1, pa.zp, nsB, 0, pb.zs, 0, r);
-  if (na > 1 && nb > 1) {
-    sLoc[3][3] = SlaterOverlap(nsA, 1, pa.zp, nsB, 1, pb.zp, 0, r);
-    sLoc[1][1] = sLoc[2][2] = SlaterOverlap(nsA, 1, pa.zp, nsB, 1, pb.zp, 1, r);
-  }
+  // Overlaps in the local frame, block by block in m, then rotated.
+  const int nsA = ValenceN(za), nsB = ValenceN(zb), ndA = ValenceNd(za), ndB = ValenceNd(zb);
+  struct Shell {
+    int n, l;
+    double zeta;
+  };
+  auto shellOf = [](const ElementParameters& p, int ns, int nd, int i) {
+    return i == 0 ? Shell{ns, 0, p.zs} : i < 4 ? Shell{ns, 1, p.zp} : Shell{nd, 2, p.zd};
+  };
+  // m of each local orbital (the sin partners carry -m, which overlap alike).
+  static constexpr int kM[9] = {0, 1, -1, 0, 0, 1, -1, 2, -2};
+  double sLoc[9][9] = {};
+  for (int i = 0; i < na; ++i)
+    for (int j = 0; j < nb; ++j) {
+      if (kM[i] != kM[j]) continue;
+      const Shell a = shellOf(pa, nsA, ndA, i), b = shellOf(pb, nsB, ndB, j);
+      sLoc[i][j] = SlaterOverlap(a.n, a.l, a.zeta, b.n, b.l, b.zeta, std::abs(kM[i]), r);
+    }
   for (int a = 0; a < na; ++a)
     for (int c = 0; c < nb; ++c) {
       double v = 0;
@@ -382,15 +558,30 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
     }
 
   // Core-core repulsion.
-  const double gab = kEv / std::sqrt(r * r + std::pow(0.5 / pa.am + 0.5 / pb.am, 2));
+  const double gab = kEv / std::sqrt(r * r + std::pow(coreRhoA + coreRhoB, 2));
   const double enuc = pa.core * pb.core * gab;
   const double ea_ = std::exp(-pa.alp * rA), eb_ = std::exp(-pb.alp * rA);
-  double scale = ea_ + eb_;
-  if (za + zb == 8 || za + zb == 9) {  // N-H and O-H in MNDO, AM1 and PM3
-    if (za == 7 || za == 8) scale += (rA - 1) * ea_;
-    if (zb == 7 || zb == 8) scale += (rA - 1) * eb_;
+  // MNDO/d gives the bonds of Na, Mg and Al to some partners an exponent of their own.
+  const double pairAlpha = set.method == EngineMethod::MNDOD ? MndoDPairExponent(za, zb) : 0;
+  double ecc = 0;
+  if (pairAlpha > 0) {
+    const bool metalA = za >= 11 && za <= 13, metalB = zb >= 11 && zb <= 13;
+    const double ePair = std::exp(-pairAlpha * rA);
+    double scale = 1;
+    if (za == zb) {
+      scale += 2 * ePair;
+    } else {
+      scale += ePair + (metalA && !(metalB && zb < za) ? eb_ : ea_);
+    }
+    ecc = enuc * scale;
+  } else {
+    double scale = ea_ + eb_;
+    if (za + zb == 8 || za + zb == 9) {  // N-H and O-H in MNDO, AM1 and PM3
+      if (za == 7 || za == 8) scale += (rA - 1) * ea_;
+      if (zb == 7 || zb == 8) scale += (rA - 1) * eb_;
+    }
+    ecc = enuc + std::abs(scale * enuc);
   }
-  double ecc = enuc + std::abs(scale * enuc);
   for (int k = 0; k < 4; ++k) {
     for (const ElementParameters* p : {&pa, &pb}) {
       if (p->gues1[k] == 0) continue;
@@ -400,6 +591,20 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   }
   out.coreCore = ecc;
   return out;
+}
+
+double MndoDPairExponent(int za, int zb) {
+  if (za < zb) std::swap(za, zb);
+  struct PairExponent {
+    int a, b;
+    double alpha;  // 1/angstrom
+  };
+  static constexpr PairExponent kPairs[] = {{11, 1, 1.05225212}, {11, 6, 1.05225212}, {12, 1, 1.35052992},
+                                            {12, 6, 1.48172071}, {16, 12, 1.48172071}, {13, 1, 1.38788},
+                                            {13, 6, 1.38788},   {13, 13, 1.38788}};
+  for (const PairExponent& p : kPairs)
+    if (p.a == za && p.b == zb) return p.alpha;
+  return 0;
 }
 
 }  // namespace quintor::engine

@@ -19,19 +19,23 @@ int ValenceN(int z);
 int ValenceNd(int z);
 
 // Everything a pair of atoms contributes, in the molecular frame. Orbital
-// order on an atom: s, px, py, pz.
+// order on an atom: s, px, py, pz, then d z2, xz, yz, x2-y2, xy.
 struct PairIntegrals {
   int na = 1, nb = 1;                 // orbitals on A and B
   std::vector<double> w;              // (ab|cd): index ((a*na + b)*nb + c)*nb + d, eV
-  std::array<double, 16> e1b{};       // attraction of A's electrons by B's core: e1b[a*na+b], eV
-  std::array<double, 16> e2a{};       // attraction of B's electrons by A's core: e2a[c*nb+d], eV
-  std::array<double, 16> overlap{};   // S[a*nb + c]
+  std::array<double, 81> e1b{};       // attraction of A's electrons by B's core: e1b[a*na+b], eV
+  std::array<double, 81> e2a{};       // attraction of B's electrons by A's core: e2a[c*nb+d], eV
+  std::array<double, 81> overlap{};   // S[a*nb + c]
   double coreCore = 0;                // eV
 };
 
 // xa, xb in angstroms.
 PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
                           const std::array<double, 3>& xb);
+
+// MNDO/d's exponent (1/A) of the core-core term of a pair of elements, for
+// the bonds of Na, Mg and Al it was fitted for; 0 for every other pair.
+double MndoDPairExponent(int za, int zb);
 
 // One-centre two-electron integrals (ab|cd) of an atom, na^4 values, eV.
 std::vector<double> OneCentreIntegrals(const ElementParameters& p, int na);

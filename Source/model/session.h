@@ -114,6 +114,11 @@ struct Options {
   bool json = false;                  // /JSON: <base>.json beside the MainLog
   std::string csvFile;                // /CSV@file: one summary row per run appended
   std::string snapFile;               // /SNAP@file.png: the Molecular view to a picture, then end
+  // The semi-empirical engine on the final geometry of a batch run.
+  int engineMethod = 3;               // /ENGINE, menu order: 1 MNDO, 2 AM1, 3 PM3, 4 MNDO/d, 5 PM3d
+  bool engineHeat = false;            // /HOF: heat of formation
+  bool engineGeoOpt = false;          // /GEOOPT: geometry optimisation
+  int charge = 0;                     // /CHARGE
 };
 
 // Names of the files of the run.

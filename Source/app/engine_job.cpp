@@ -1,0 +1,84 @@
+// The semi-empirical engine in a batch run: the heat of formation (/HOF) and
+// the geometry optimisation (/GEOOPT) of the final coordinate set.
+#include <array>
+#include <filesystem>
+#include <numeric>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "app/run.h"
+#include "engine/engine.h"
+#include "engine/geoopt.h"
+
+namespace quintor {
+
+namespace {
+
+constexpr double kBohrToAngstrom = constants::BohrToAngstrom;
+
+engine::EngineMethod MethodOfMenu(int menu) {
+  switch (menu) {
+    case 1: return engine::EngineMethod::MNDO;
+    case 2: return engine::EngineMethod::AM1;
+    case 4: return engine::EngineMethod::MNDOD;
+    case 5: return engine::EngineMethod::PM3D;
+    default: return engine::EngineMethod::PM3;
+  }
+}
+
+// Each line of `text` as a line of the MainLog.
+void LogLines(Session& s, const std::string& text) {
+  std::istringstream in(text);
+  std::string line;
+  while (std::getline(in, line)) s.log.Line(line);
+}
+
+}  // namespace
+
+void RunEngineJobs(Session& s) {
+  const Options& o = s.opt;
+  if (!o.engineHeat && !o.engineGeoOpt) return;
+  s.log.EndLine();
+  s.log.Line();
+  if (s.nAtoms <= 0) {
+    s.log.Line(" WARNING! No atoms: the semi-empirical engine is not run");
+    return;
+  }
+  std::vector<std::array<double, 3>> x(static_cast<size_t>(s.nAtoms));
+  for (int i = 0; i < s.nAtoms; ++i)
+    for (int k = 0; k < 3; ++k) x[i][k] = s.xyz[i][k] * kBohrToAngstrom;
+  const std::vector<int> z(s.atomicNumber.begin(), s.atomicNumber.begin() + s.nAtoms);
+  // Without /MULT a closed shell, or a doublet when the electrons are odd
+  // (the valence electrons have the parity of the nuclear charges).
+  int multiplicity = o.multiplicity;
+  if (multiplicity <= 0) multiplicity = (std::accumulate(z.begin(), z.end(), 0) - o.charge) % 2 == 0 ? 1 : 2;
+  const engine::EngineMethod method = MethodOfMenu(o.engineMethod);
+  engine::EngineOptions options;
+  options.printLevel = 0;
+  // The working files go beside the input, where the run writes its own.
+  options.workDir = std::filesystem::path(s.files.inputName).parent_path().string();
+
+  if (o.engineHeat) {
+    std::ostringstream report;
+    const engine::EngineResult r = engine::EngineRun(method, z, x, o.charge, multiplicity, false, &report, options);
+    if (r.status == engine::EngineStatus::NotRun || r.status == engine::EngineStatus::Aborted) {
+      LogLines(s, report.str());
+      s.log.Line(" WARNING! No heat of formation: the engine did not run");
+    } else {
+      if (r.status == engine::EngineStatus::NotConverged) LogLines(s, report.str());
+      std::ostringstream out;
+      engine::PrintHeatOfFormation(out, method, r.heatKcal);
+      LogLines(s, out.str());
+    }
+  }
+  if (o.engineGeoOpt) {
+    engine::GeoOptSettings settings;
+    settings.engine = options;
+    std::ostringstream log;
+    engine::GeoOpt(method, z, x, o.charge, multiplicity, settings, &log, &s.Console());
+    LogLines(s, log.str());
+  }
+}
+
+}  // namespace quintor

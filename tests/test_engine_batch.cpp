@@ -1,0 +1,125 @@
+// The engine in a batch run: /ENGINE, /HOF, /GEOOPT and /CHARGE on the final
+// geometry of a real log, against MOPAC 22 at that geometry
+// (tests/inputs/engine/mopac_logs.txt, made by make_reference.sh).
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "test_support.h"
+
+using namespace quintor;
+using namespace quintor::test;
+
+namespace {
+
+struct LogReference {
+  std::string log, method;
+  double heat;
+};
+
+std::vector<LogReference> LogReferences() {
+  std::ifstream in(TestInput("engine/mopac_logs.txt"));
+  std::vector<LogReference> refs;
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream ss(line);
+    LogReference r;
+    if (ss >> r.log >> r.method >> r.heat) refs.push_back(r);
+  }
+  return refs;
+}
+
+// The kcal/mol figure of the line after the method's name.
+double PrintedHeat(const std::string& log, const std::string& name) {
+  const size_t at = log.find("\n " + name + " method\n Heat of Formation       : ");
+  if (at == std::string::npos) return 1e9;
+  const size_t eq = log.find(" kJ/mol  =", at);
+  return std::stod(log.substr(eq + 10, 12));
+}
+
+RunResult RunOnCopy(const TempDir& dir, const std::string& log, std::vector<std::string> flags) {
+  const std::string input = dir.Write("mol.log", ReadFile(TestData(log)));
+  flags.insert(flags.begin(), {input, "/0"});
+  return RunInProcess(flags);
+}
+
+}  // namespace
+
+TEST(engineBatch, HeatOfTheFinalGeometryIsMopacs) {
+  SKIP_WITHOUT_TESTDATA();
+  const auto refs = LogReferences();
+  ASSERT_FALSE(refs.empty());
+  for (const LogReference& r : refs) {
+    if (r.method == "MNDOD") continue;  // on H and O MNDO/d is MNDO: below
+    TempDir dir;
+    const RunResult run = RunOnCopy(dir, r.log, {"/HOF", "/ENGINE" + r.method});
+    ASSERT_EQ(run.status, 0) << run.console;
+    EXPECT_NEAR(PrintedHeat(run.log, r.method), r.heat, 0.0051) << r.log << ' ' << r.method;
+  }
+}
+
+TEST(engineBatch, LinesAndPlaceInTheMainLog) {
+  SKIP_WITHOUT_TESTDATA();
+  TempDir dir;
+  const RunResult run = RunOnCopy(dir, "gaussian16/water_opt_freq.log", {"/hof", "/enginemndo"});
+  const std::string& log = run.log;
+  const std::string lines =
+      "\n MNDO method\n Heat of Formation       :    -252.5565 kJ/mol  =    -60.3625 kcal/mol\n";
+  const size_t at = log.find(lines);
+  ASSERT_NE(at, std::string::npos) << log;
+  // after the post-read report, before the end of the interactive work
+  EXPECT_LT(log.find(" Stoichiometry           : "), at);
+  EXPECT_GT(log.find("************ INTERACTIVE WORK IS FINISHED ************"), at);
+  EXPECT_EQ(CountText(log, "Heat of Formation"), 1);
+  // the engine's working directories are gone
+  for (const auto& e : std::filesystem::directory_iterator(dir.path))
+    EXPECT_EQ(e.path().filename().string().rfind("engine.", 0), std::string::npos) << e.path();
+}
+
+TEST(engineBatch, MethodsAndChargeChangeTheNumber) {
+  SKIP_WITHOUT_TESTDATA();
+  struct Case {
+    std::vector<std::string> flags;
+    std::string name;
+  };
+  const Case cases[] = {
+      {{"/HOF"}, "PM3"},                  // the default method
+      {{"/HOF", "/ENGINEMNDOD"}, "MNDO+dAO"},
+      {{"/HOF", "/ENGINEPM3D"}, "PM3d"},
+      {{"/HOF", "/CHARGE1", "/MULT2"}, "PM3"},
+  };
+  std::vector<double> heats;
+  for (const Case& c : cases) {
+    TempDir dir;
+    const RunResult run = RunOnCopy(dir, "gaussian16/water_opt_freq.log", c.flags);
+    heats.push_back(PrintedHeat(run.log, c.name));
+    EXPECT_LT(std::abs(heats.back()), 1e3) << c.name << '\n' << run.log;
+  }
+  EXPECT_NEAR(heats[1], -60.3625, 0.05);   // MNDO/d on H and O: MNDO
+  EXPECT_DOUBLE_EQ(heats[2], heats[0]);    // PM3d: PM3 where no element carries d
+  EXPECT_GT(heats[3], heats[0] + 200);     // the cation lies far above
+}
+
+TEST(engineBatch, GeoOptWritesItsFinalLines) {
+  SKIP_WITHOUT_TESTDATA();
+  TempDir dir;
+  const RunResult run = RunOnCopy(dir, "gaussian16/water_opt_freq.log", {"/GEOOPT", "/ENGINEMNDO"});
+  ASSERT_EQ(run.status, 0);
+  for (const char* t : {" Geometry optimization using MNDO method\n", " Final Heat of Formation: ",
+                        " Final Gradient Norm    : ", " Optimized coordinates:\n"})
+    EXPECT_NE(run.log.find(t), std::string::npos) << t;
+  EXPECT_NE(run.console.find(" OPTIMIZATION FINISHED.  E ="), std::string::npos);
+  // The optimised heat lies below the single point's.
+  const size_t at = run.log.find(" Final Heat of Formation: ");
+  EXPECT_LT(std::stod(run.log.substr(at + 48, 12)), -60.3625);
+}
+
+TEST(engineBatch, WithoutTheOptionsNothingIsRun) {
+  SKIP_WITHOUT_TESTDATA();
+  TempDir dir;
+  const RunResult run = RunOnCopy(dir, "gaussian16/water_opt_freq.log", {"/ENGINEAM1", "/CHARGE1"});
+  EXPECT_EQ(run.log.find("Heat of Formation"), std::string::npos);
+  EXPECT_EQ(run.log.find("Geometry optimization"), std::string::npos);
+}
