@@ -141,24 +141,6 @@ double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m
   return norm * sum * phi;
 }
 
-int ValenceN(int z) {
-  if (z <= 2) return 1;
-  if (z <= 10) return 2;
-  if (z <= 18) return 3;
-  if (z <= 36) return 4;
-  if (z <= 54) return 5;
-  return 6;
-}
-
-int ValenceNd(int z) {
-  if (z <= 20) return 3;
-  if (z <= 30) return 3;
-  if (z <= 38) return 4;
-  if (z <= 48) return 4;
-  if (z <= 56) return 5;
-  return 5;
-}
-
 namespace {
 
 // ---- Multipoles of the charge distributions --------------------------------

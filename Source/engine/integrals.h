@@ -14,10 +14,6 @@ namespace quintor::engine {
 // r (bohr) apart along z: m is 0 (sigma), 1 (pi) or 2 (delta), the same on both.
 double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m, double r);
 
-// Principal quantum number of the valence s and p shells, and of the d shell.
-int ValenceN(int z);
-int ValenceNd(int z);
-
 // Everything a pair of atoms contributes, in the molecular frame. Orbital
 // order on an atom: s, px, py, pz, then d z2, xz, yz, x2-y2, xy.
 struct PairIntegrals {

@@ -93,7 +93,9 @@ Shells ValenceShells(int z) {
   return {2, 0, group - 2};                                      // transition metals
 }
 
-int PrincipalQuantumNumber(int z) {
+}  // namespace
+
+int ValenceN(int z) {
   if (z <= 2) return 1;
   if (z <= 10) return 2;
   if (z <= 18) return 3;
@@ -101,6 +103,14 @@ int PrincipalQuantumNumber(int z) {
   if (z <= 54) return 5;
   return 6;
 }
+
+int ValenceNd(int z) {
+  if (z <= 30) return 3;
+  if (z <= 48) return 4;
+  return 5;
+}
+
+namespace {
 
 ParameterSet EmptySet(EngineMethod method) {
   ParameterSet set;
@@ -315,14 +325,14 @@ void DeriveParameters(ParameterSet& set) {
     if (!given(ParameterKey::EISOL))
       p.eisol = p.uss * sh.s + p.upp * sh.p + p.gss * gssc + p.gpp * gppc + p.gsp * gspc + p.gp2 * gp2c +
                 hsp * hspc;
-    const double qn = PrincipalQuantumNumber(z);
+    const double qn = ValenceN(z);
     if (!given(ParameterKey::DD))
       p.dd = (2 * qn + 1) * std::pow(4 * p.zs * zp, qn + 0.5) / std::pow(p.zs + zp, 2 * qn + 2) / std::sqrt(3.0);
     if (!given(ParameterKey::QQ)) p.qq = std::sqrt((4 * qn * qn + 6 * qn + 2) / 20.0) / zp;
     if (!given(ParameterKey::AM)) p.am = p.gss / kEv;
     if (!given(ParameterKey::AD)) p.ad = DipoleAdditive(p.dd, hsp / kEv);
     if (!given(ParameterKey::AQ)) p.aq = QuadrupoleAdditive(p.qq, hpp / kEv);
-    if (dMethod && OrbitalCount(p, true) == 9) DeriveDOrbitalTerms(z, PrincipalQuantumNumber(z), set);
+    if (dMethod && OrbitalCount(p, true) == 9) DeriveDOrbitalTerms(z, ValenceN(z), set);
   }
 }
 

@@ -49,6 +49,10 @@ struct ElementParameters {
   std::array<double, 53> repd{};
 };
 
+// Principal quantum number of the valence s and p shells, and of the d shell.
+int ValenceN(int z);
+int ValenceNd(int z);
+
 // Number of atomic orbitals of an element in a method: 1, 4 or 9.
 int OrbitalCount(const ElementParameters& p, bool dOrbitals);
 bool HasParameters(const ElementParameters& p);
