@@ -3,6 +3,7 @@
 // (tests/inputs/engine/mopac_logs.txt, made by make_reference.sh).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -122,4 +123,38 @@ TEST(engineBatch, WithoutTheOptionsNothingIsRun) {
   const RunResult run = RunOnCopy(dir, "gaussian16/water_opt_freq.log", {"/ENGINEAM1", "/CHARGE1"});
   EXPECT_EQ(run.log.find("Heat of Formation"), std::string::npos);
   EXPECT_EQ(run.log.find("Geometry optimization"), std::string::npos);
+}
+
+// The rigid scan of ethane's C-C rotor: 37 points that repeat every 120
+// degrees, and a barrier as MOPAC gives it for the methyl group turned by 60
+// degrees (tests/inputs/engine/mopac_scan.txt, made by make_scan_reference.py).
+TEST(engineBatch, EthaneScanIsThreefoldWithMopacsBarrier) {
+  std::ifstream in(TestInput("engine/mopac_scan.txt"));
+  std::string method;
+  double barrier = 0.0;
+  int cases = 0;
+  for (std::string line; std::getline(in, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream(line) >> method >> barrier;
+    SCOPED_TRACE(method);
+    TempDir dir;
+    const std::string input = dir.Write("ethane.out", ReadFile(TestInput("rotations/ethane_xtb.out")));
+    const RunResult run = RunInProcess({input, "/0", "/ARIR", "/SCAN", "/ENGINE" + method});
+    ASSERT_EQ(run.status, 0) << run.console;
+    const size_t at = run.log.find("      (deg)\n");
+    ASSERT_NE(at, std::string::npos);
+    std::istringstream rows(run.log.substr(at + 12));
+    std::vector<double> e;
+    int no = 0;
+    double angle = 0.0, v = 0.0;
+    while (e.size() < 37 && rows >> no >> angle >> v) e.push_back(v);
+    ASSERT_EQ(e.size(), 37u);
+    for (size_t k = 0; k + 12 < e.size(); ++k) EXPECT_NEAR(e[k], e[k + 12], 0.01) << "point " << k + 1;
+    EXPECT_NEAR(*std::max_element(e.begin(), e.end()), barrier, 0.1 * barrier);
+    EXPECT_NEAR(e[6], barrier, 0.002);  // 60 degrees is the eclipsed form
+    EXPECT_NE(run.log.find(" Rotation barrier is estimated from the Fourier-transformed rotational potential"),
+              std::string::npos);
+    ++cases;
+  }
+  EXPECT_EQ(cases, 3);
 }

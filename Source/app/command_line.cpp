@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN
 };
 
 struct OptionWord {
@@ -29,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 53> kOptions = {{
+constexpr std::array<OptionWord, 54> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -43,7 +43,7 @@ constexpr std::array<OptionWord, 53> kOptions = {{
     {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
     {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
     {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
-    {"/GEOOPT", Opt::GEOOPT},
+    {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},
 }};
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -238,6 +238,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     }
     case Opt::HOF: o.engineHeat = true; break;
     case Opt::GEOOPT: o.engineGeoOpt = true; break;
+    case Opt::SCAN: o.engineScan = true; break;
     case Opt::IRMC: {
       o.monteCarlo = true;
       int n = 0;
@@ -359,6 +360,8 @@ std::string UsageText() {
       "   /hof - heat of formation of the final geometry\n"
       "   /geoopt - optimise the final geometry (Cartesian, numerical gradients)\n"
       "   /charge<N> - molecular charge (default 0); the multiplicity is /mult\n"
+      "   /scan - with internal rotations (/arir or the specification file): each rotation's\n"
+      "           potential by the engine, 37 points of 10 degrees, in place of other barriers\n"
       "   -h, --help, /? - this text;  --version - version and build number\n",
       VersionText, BuildNumber);
 }

@@ -2,7 +2,6 @@
 // the geometry optimisation (/GEOOPT) of the final coordinate set.
 #include <array>
 #include <filesystem>
-#include <numeric>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,16 +15,6 @@ namespace quintor {
 namespace {
 
 constexpr double kBohrToAngstrom = constants::BohrToAngstrom;
-
-engine::EngineMethod MethodOfMenu(int menu) {
-  switch (menu) {
-    case 1: return engine::EngineMethod::MNDO;
-    case 2: return engine::EngineMethod::AM1;
-    case 4: return engine::EngineMethod::MNDOD;
-    case 5: return engine::EngineMethod::PM3D;
-    default: return engine::EngineMethod::PM3;
-  }
-}
 
 // Each line of `text` as a line of the MainLog.
 void LogLines(Session& s, const std::string& text) {
@@ -49,11 +38,8 @@ void RunEngineJobs(Session& s) {
   for (int i = 0; i < s.nAtoms; ++i)
     for (int k = 0; k < 3; ++k) x[i][k] = s.xyz[i][k] * kBohrToAngstrom;
   const std::vector<int> z(s.atomicNumber.begin(), s.atomicNumber.begin() + s.nAtoms);
-  // Without /MULT a closed shell, or a doublet when the electrons are odd
-  // (the valence electrons have the parity of the nuclear charges).
-  int multiplicity = o.multiplicity;
-  if (multiplicity <= 0) multiplicity = (std::accumulate(z.begin(), z.end(), 0) - o.charge) % 2 == 0 ? 1 : 2;
-  const engine::EngineMethod method = MethodOfMenu(o.engineMethod);
+  const int multiplicity = o.multiplicity > 0 ? o.multiplicity : engine::DefaultMultiplicity(z, o.charge);
+  const engine::EngineMethod method = engine::MethodOfMenu(o.engineMethod);
   engine::EngineOptions options;
   options.printLevel = 0;
   // The working files go beside the input, where the run writes its own.

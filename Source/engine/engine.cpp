@@ -297,6 +297,12 @@ void PrintHeatOfFormation(std::ostream& out, EngineMethod method, double heatKca
       << " kcal/mol\n";
 }
 
+int DefaultMultiplicity(const std::vector<int>& atomicNumbers, int charge) {
+  int electrons = -charge;
+  for (int z : atomicNumbers) electrons += z;
+  return electrons % 2 == 0 ? 1 : 2;
+}
+
 EngineResult EngineRun(EngineMethod method, const std::vector<int>& atomicNumbers,
                        const std::vector<std::array<double, 3>>& coordsAngstrom, int charge, int multiplicity,
                        bool print, std::ostream* report, const EngineOptions& options) {

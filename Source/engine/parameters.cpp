@@ -95,6 +95,10 @@ Shells ValenceShells(int z) {
 
 }  // namespace
 
+EngineMethod MethodOfMenu(int menu) {
+  return menu >= 1 && menu <= 5 ? static_cast<EngineMethod>(menu) : EngineMethod::PM3;
+}
+
 int ValenceN(int z) {
   if (z <= 2) return 1;
   if (z <= 10) return 2;

@@ -13,6 +13,9 @@ namespace quintor::engine {
 // The methods in the order of the menu (1 to 5).
 enum class EngineMethod { MNDO = 1, AM1 = 2, PM3 = 3, MNDOD = 4, PM3D = 5 };
 
+// The method of a menu number (1 MNDO ... 5 PM3d); PM3 for any other number.
+EngineMethod MethodOfMenu(int menu);
+
 // The engine's own method index, which the parameter file's sections use:
 // 0 MNDO/d, 1 MNDO, 2 PM3d, 3 AM1, 4 PM3.
 int MethodIndex(EngineMethod method);

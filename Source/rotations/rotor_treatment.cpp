@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <filesystem>
 #include <map>
 #include <sstream>
 #include <string>
 
+#include "engine/engine.h"
 #include "io/fortran_io.h"
 #include "numeric/constants.h"
+#include "rotations/engine_scan.h"
 #include "rotations/mode_assignment.h"
 
 namespace quintor {
@@ -304,6 +307,20 @@ void HinderedRotors::Prepare(Session& s) {
   for (const Rotor& r : rotors_) {
     groups.push_back(r.group);
     axes.push_back(r.axis);
+  }
+  if (s.opt.engineScan) {
+    // The engine's potential of each rotation stands in for any other barrier.
+    const std::vector<int> z(s.atomicNumber.begin(), s.atomicNumber.begin() + nAtoms);
+    ScanSettings scan;
+    scan.method = engine::MethodOfMenu(s.opt.engineMethod);
+    scan.charge = s.opt.charge;
+    scan.multiplicity = s.opt.multiplicity > 0 ? s.opt.multiplicity : engine::DefaultMultiplicity(z, scan.charge);
+    scan.workDir = std::filesystem::path(s.files.inputName).parent_path().string();
+    const auto scans = ScanByEngine(z, xyz, groups, axes, scan, s.log);
+    for (size_t i = 0; i < rotors_.size(); ++i) {
+      rotors_[i].potential = scans[i];
+      rotors_[i].source = static_cast<int>(scans[i].size());
+    }
   }
   const KinematicMoments k = KinematicMatrix(masses, xyz, groups, axes);
   for (size_t i = 0; i < rotors_.size(); ++i) {

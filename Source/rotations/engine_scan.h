@@ -1,0 +1,34 @@
+// The potential of internal rotations computed by the semi-empirical
+// engine: each rotating group turned about its axis in 36 steps of 10
+// degrees, with the heat of formation at every point.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/parameters.h"
+#include "io/main_log.h"
+#include "numeric/vec3.h"
+#include "rotations/fourier_potential.h"
+#include "rotations/recognition.h"
+
+namespace quintor {
+
+struct ScanSettings {
+  engine::EngineMethod method = engine::EngineMethod::PM3;
+  int charge = 0;
+  int multiplicity = 1;
+  std::string workDir;  // the engine's working files; "" for the current directory
+};
+
+// The 37 points (0, 10, ..., 360 degrees; kJ/mol relative to the first) of
+// each rotation, the groups turned one at a time on the geometry in bohr.
+// The table goes to the MainLog. A point the engine can not compute keeps
+// the energy 0 and a warning.
+std::vector<std::vector<PotentialPoint>> ScanByEngine(const std::vector<int>& atomicNumbers,
+                                                      const std::vector<Vec3>& xyzBohr,
+                                                      const std::vector<std::vector<int>>& groups,
+                                                      const std::vector<AxisPoints>& axes,
+                                                      const ScanSettings& settings, MainLog& log);
+
+}  // namespace quintor
