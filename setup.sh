@@ -6,7 +6,7 @@ cd "$(dirname "$0")"
 
 # What the build uses, and nothing more. clang builds the sanitizer run of
 # the test suite.
-packages=(cmake ninja-build g++ clang libgtest-dev libfmt-dev liblapack-dev libopenblas-dev nlohmann-json3-dev qt6-base-dev)
+packages=(cmake ninja-build g++ clang libgtest-dev libfmt-dev liblapack-dev libopenblas-dev nlohmann-json3-dev qt6-base-dev libgsl-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

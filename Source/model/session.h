@@ -99,6 +99,7 @@ struct Options {
   bool readFrequencies = true;        // job dialog "Do not read frequencies"
   bool monteCarlo = false;            // /IRMC
   int monteCarloSamples = 0;
+  std::array<unsigned, 2> monteCarloSeeds{1802, 9373};  // MCSEEDS=(a,b) of the SpecFile
   bool doThermo = true;
   int outputPrecision = 0;            // 0 off, 1 A, 2 bohr, 3 nm
   int outputWidth = 20;

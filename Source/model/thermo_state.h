@@ -26,6 +26,20 @@ struct TableRow {
   TDResult tot;
 };
 
+// One temperature of the Monte Carlo treatment of the rotations.
+struct MonteCarloRow {
+  double temperature = 0.0;  // K
+  TDResult f;
+  double errorPercent = 0.0;
+};
+
+// The Monte Carlo results of a run: the rotations alone and the totals with
+// them, one row per evaluation, in the order of the evaluations.
+inline constexpr int MaxMonteCarloRows = 200;
+struct TableResMC {
+  std::vector<MonteCarloRow> rotations, totals;
+};
+
 // What the end of a run reports besides the MainLog (/JSON, /CSV@): the full
 // evaluation at the run's temperature and pressure and the temperature tables.
 struct ThermoReport {
@@ -59,6 +73,7 @@ struct ThermoState {
   double fmom = 0.0;                 // its Helmholz free energy, kJ/mol
   TDResult elec, tran, rot, vib, tot;
   TDResult tableRow;                 // what the last quiet evaluation printed as its row
+  TableResMC monteCarlo;             // filled by the evaluations under /IRMC
 
   // The last inertia tensor handed to the eigensolver and its eigenvalues:
   // the tables evaluate one geometry many times and diagonalise it once.

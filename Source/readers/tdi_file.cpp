@@ -137,6 +137,11 @@ struct SpecReader {
         if (std::fabs(o.genCoordAngle) <= 0.001) o.genCoordAngle = 0.0;
       }
     }
+    if (Contains(line, "MCSEEDS")) {
+      // Our own: the two seeds of the Monte Carlo treatment of rotations.
+      const auto v = Ints(line, "MCSEEDS");
+      for (size_t k = 0; k < v.size() && k < 2; ++k) o.monteCarloSeeds[k] = static_cast<unsigned>(v[k]);
+    }
     if (Contains(line, "ZERO")) {
       s.zeroModes = Ints(line, "ZERO");
       s.nZero = 0;

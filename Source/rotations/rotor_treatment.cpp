@@ -4,14 +4,17 @@
 #include <cctype>
 #include <cmath>
 #include <filesystem>
+#include <iomanip>
 #include <map>
 #include <sstream>
 #include <string>
 
 #include "engine/engine.h"
+#include "io/file_names.h"
 #include "io/fortran_io.h"
 #include "numeric/constants.h"
 #include "rotations/engine_scan.h"
+#include "rotations/generated_coordinates.h"
 #include "rotations/mode_assignment.h"
 
 namespace quintor {
@@ -131,7 +134,7 @@ void GuardEstimator(MainLog& log, int number, Rotor& r) {
   r.I = r.I0;
 }
 
-void WriteTotals(Session& s, int nRot, const std::array<TDResult, 5>& c) {
+void WriteTotals(Session& s, int nRot, const std::array<TDResult, 5>& c, const std::optional<TDResult>& mc) {
   MainLog& log = s.log;
   log.Line(" Total values of thermodynamic functions (T=" + FmtF(s.opt.temperature, 8, 2) + " K,  P=" +
            FmtF(s.opt.pressure, 10, 2) + " Pa) ");
@@ -143,6 +146,7 @@ void WriteTotals(Session& s, int nRot, const std::array<TDResult, 5>& c) {
   const auto row = [&](const char* label, double TDResult::*field) {
     std::string line = label;
     for (const TDResult& r : c) line += FmtF(r.*field, 9, 3);
+    if (mc) line += FmtF((*mc).*field, 9, 3);
     log.Line(line);
   };
   row(" Cv, J/K/mol=", &TDResult::cv);
@@ -160,7 +164,7 @@ void WriteTotals(Session& s, int nRot, const std::array<TDResult, 5>& c) {
   log.Line("in HO and PG models (U0=H0=0 in FR model)");
 }
 
-void WriteEnergies(Session& s, double zpeTot, const std::array<TDResult, 5>& c) {
+void WriteEnergies(Session& s, double zpeTot, const std::array<TDResult, 5>& c, const std::optional<TDResult>& mc) {
   MainLog& log = s.log;
   log.Line(" *** Total energy corrected by TD functions (including internal rotations) ****");
   log.Line(" Minimum electronic-nuclear energy was taken from the input file at step:" + FmtI(s.lowestEnergyStep, 4));
@@ -173,6 +177,7 @@ void WriteEnergies(Session& s, double zpeTot, const std::array<TDResult, 5>& c) 
   const auto row = [&](const char* label, auto add) {
     std::string line = label;
     for (const TDResult& r : c) line += FmtF(e + add(r) * rc::KJPerMolToHartree, 15, 8);
+    if (mc) line += FmtF(e + add(*mc) * rc::KJPerMolToHartree, 15, 8);
     log.Line(line);
   };
   row("E    ", [](const TDResult&) { return 0.0; });
@@ -332,6 +337,96 @@ void HinderedRotors::Prepare(Session& s) {
   WriteKinematics(s, rotors_, k);
 }
 
+std::vector<TorsionRotor> TorsionRotors(const std::vector<Rotor>& rotors, bool autoFold) {
+  std::vector<TorsionRotor> out;
+  for (const Rotor& r : rotors) {
+    TorsionRotor t;
+    t.group = r.group;
+    t.axisAtom1 = r.axis.atom1;
+    t.axisAtom2 = r.axis.atom2;
+    t.n = r.n;
+    if (r.source > 0 && r.source != 3) {
+      std::ostringstream quiet;
+      t.potential = FourierPotential(r.potential, r.n, autoFold, quiet).potential;
+    } else {
+      t.potential = SingleBarrierSeries(r.V0StarStar, r.n);
+    }
+    out.push_back(std::move(t));
+  }
+  return out;
+}
+
+TDResult MonteCarloTotals(const TDResult& rrho, const std::vector<Rotor>& rotors, const ThermoState& t,
+                          const MonteCarloResult& mc) {
+  TDResult c = rrho;
+  for (const Rotor& r : rotors) {
+    const size_t m = static_cast<size_t>(r.mode - 1);
+    c.cv -= t.cvib[m];
+    c.cp -= t.cvib[m];
+    c.s -= t.svib[m];
+    c.u -= t.hvib[m];
+    c.h -= t.hvib[m];
+    c.g -= t.gvib[m];
+  }
+  c.cv += mc.CV;
+  c.cp += mc.CV;
+  c.s += mc.S;
+  c.u += mc.U;
+  c.h += mc.U;
+  c.g += mc.F;
+  return c;
+}
+
+TDResult HinderedRotors::MonteCarlo(Session& s) {
+  const MonteCarloSeeds seeds{s.opt.monteCarloSeeds[0], s.opt.monteCarloSeeds[1]};
+  const double T = s.opt.temperature;
+  const long long trials = MonteCarloTrials(Count(), s.opt.monteCarloSamples);
+  if (!sampled_) {
+    sampled_ = true;
+    const std::string name = DerivedName(s.files.inputName, ".mco");
+    const std::string head1 =
+        " *** Calculation of the internal rotation contributions by the classical Monte Carlo method ***";
+    const std::string head2 =
+        " *** Please take into account that this kind of calculation can take a long time            ***";
+    s.log.Line(head1);
+    s.log.Line(head2);
+    s.log.Line(" *** The results will be printed out to the file " + name + ", unit" + FmtI(MonteCarloUnit, 3) +
+               " ***");
+    mco_.open(name, std::ios::out | std::ios::trunc);
+    mco_ << head1 << "\n" << head2 << "\n";
+    torsions_ = TorsionRotors(rotors_, s.opt.arir);
+    WriteConfigurationIntegrals(mco_, torsions_, T);
+    const std::vector<Vec3> xyz(s.xyz.begin(), s.xyz.begin() + s.nAtoms);
+    const std::vector<double> masses(s.atomMass.begin(), s.atomMass.begin() + s.nAtoms);
+    sample_ = SampleTorsions(torsions_, masses, xyz, trials, seeds);
+  }
+  const MonteCarloResult mc = MonteCarloAtT(sample_, T);
+  WriteMonteCarloReport(mco_, mc, trials, Count(), seeds);
+  mco_.flush();
+
+  const ThermoState& t = s.thermo;
+  TDResult alone;
+  alone.cv = alone.cp = mc.CV;
+  alone.u = alone.h = mc.U;
+  alone.s = mc.S;
+  alone.g = mc.F;
+  alone.q = mc.Z[2];
+  alone.lnQ = mc.lnZ;
+  TDResult total = MonteCarloTotals(t.tot, rotors_, t, mc);
+  const double RT = rc::GasConstant * T / 1000.0;
+  total.lnQ = -((total.g - t.zpeTot) - RT) / RT;
+  total.q = std::exp(total.lnQ);
+  TableResMC& table = s.thermo.monteCarlo;
+  if (static_cast<int>(table.rotations.size()) >= MaxMonteCarloRows) {
+    s.log.Line(" WARNING! Number of MC results (i.e. temperatures) is greater than Max dimension of TableResMC!");
+  } else {
+    // No Pitzer-Gwinn table enters these rows: nothing to warn of.
+    table.rotations.push_back({T, alone, 0.0});
+    table.totals.push_back({T, total, 0.0});
+  }
+  return MonteCarloTotals(t.tot, rotors_, t, mc);
+}
+
 int HinderedRotors::Evaluate(Session& s, bool quiet) {
   if (!prepared_) {
     try {
@@ -346,6 +441,16 @@ int HinderedRotors::Evaluate(Session& s, bool quiet) {
   const double T = s.opt.temperature;
   tables_.counters = PitzerCounters{};
   results_.clear();
+  if (!quiet && s.opt.genCoordAngle >= MinimumScanStep) {
+    const std::vector<Vec3> xyz(s.xyz.begin(), s.xyz.begin() + s.nAtoms);
+    const std::vector<int> nuclear(s.atomicNumber.begin(), s.atomicNumber.begin() + s.nAtoms);
+    const ScanTemplate job = LoadScanTemplate(s.rotationPattern, s.files.inputName);
+    for (size_t k = 0; k < rotors_.size(); ++k) {
+      const Rotor& r = rotors_[k];
+      GenerateScanInputs(s.log, ScanRotor{static_cast<int>(k + 1), r.group, r.axis}, nuclear, s.atomName, xyz,
+                         s.opt.genCoordAngle, job, s.files.inputName);
+    }
+  }
   for (size_t k = 0; k < rotors_.size(); ++k) {
     Rotor& r = rotors_[k];
     if (!quiet) {
@@ -363,9 +468,11 @@ int HinderedRotors::Evaluate(Session& s, bool quiet) {
   }
   errorPercent_ = PitzerErrorPercent(tables_.counters);
   columns_ = TotalsWithRotors(t.tot, rotors_, results_, t);
+  monteCarlo_.reset();
+  if (s.opt.monteCarlo) monteCarlo_ = MonteCarlo(s);
   if (!quiet) {
-    WriteTotals(s, Count(), columns_);
-    WriteEnergies(s, t.zpeTot, columns_);
+    WriteTotals(s, Count(), columns_, monteCarlo_);
+    WriteEnergies(s, t.zpeTot, columns_, monteCarlo_);
   }
   row_ = columns_[PitzerStarStarColumn];
   const double RT = rc::GasConstant * T / 1000.0;

@@ -5,11 +5,14 @@
 #pragma once
 
 #include <array>
+#include <fstream>
+#include <optional>
 #include <vector>
 
 #include "model/session.h"
 #include "rotations/fourier_potential.h"
 #include "rotations/hindered_rotor.h"
+#include "rotations/monte_carlo.h"
 #include "rotations/recognition.h"
 #include "rotations/reduced_moment.h"
 #include "thermo/thermo.h"
@@ -49,6 +52,16 @@ RotorResult RotorColumns(PitzerTables& tables, const Rotor& r, const ThermoState
 std::array<TDResult, 5> TotalsWithRotors(const TDResult& rrho, const std::vector<Rotor>& rotors,
                                          const std::vector<RotorResult>& results, const ThermoState& t);
 
+// The rotations as the Monte Carlo integration takes them: the potential is
+// the scaled Fourier series of a potential curve, else V0/2 (1 - cos n x)
+// with the barrier of I(**).
+std::vector<TorsionRotor> TorsionRotors(const std::vector<Rotor>& rotors, bool autoFold);
+
+// Column 6: the RRHO totals with the replaced modes taken out and the Monte
+// Carlo functions of all rotations put in (H = U, G = F, CP = CV).
+TDResult MonteCarloTotals(const TDResult& rrho, const std::vector<Rotor>& rotors, const ThermoState& t,
+                          const MonteCarloResult& mc);
+
 class HinderedRotors final : public RotationTreatment {
  public:
   int Evaluate(Session& s, bool quiet) override;
@@ -61,6 +74,9 @@ class HinderedRotors final : public RotationTreatment {
 
  private:
   void Prepare(Session& s);
+  // Column 6 at the Session's temperature, the rows of TableResMC and the
+  // report in the .mco file; the sampling is done at the first call.
+  TDResult MonteCarlo(Session& s);
   bool prepared_ = false;
   PitzerTables tables_;
   std::vector<Rotor> rotors_;
@@ -68,6 +84,11 @@ class HinderedRotors final : public RotationTreatment {
   std::array<TDResult, 5> columns_{};
   TDResult row_;
   double errorPercent_ = 0.0;
+  std::optional<TDResult> monteCarlo_;  // column 6 of the last evaluation
+  std::vector<TorsionRotor> torsions_;
+  TorsionSample sample_;
+  bool sampled_ = false;
+  std::ofstream mco_;
 };
 
 }  // namespace quintor

@@ -43,6 +43,32 @@ void TableRows(Session& s, double first, double step, long long count, std::vect
   }
 }
 
+void MonteCarloBlock(Session& s, const std::vector<MonteCarloRow>& rows, size_t from) {
+  s.log.Line(" Temperature    CV        CP        U         H         S         G          Q         ln(Q)");
+  s.log.Line("      K       J/K/mol   J/K/mol   kJ/mol    kJ/mol   J/K/mol    kJ/mol");
+  s.log.Line(Ruler97);
+  for (size_t k = from; k < rows.size(); ++k) {
+    const MonteCarloRow& row = rows[k];
+    const TDResult& r = row.f;
+    std::string line = FmtF(row.temperature, 10, 3) + FmtF(r.cv, 10, 3) + FmtF(r.cp, 10, 3) + FmtF(r.u, 10, 3) +
+                       FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 12, 3) + FmtF(r.lnQ, 10, 3);
+    if (static_cast<float>(row.errorPercent) >= 1.0f)
+      line += " WARNING! There were " + FmtI(std::llround(row.errorPercent), 3) +
+              "% errors during Pitzer interpolation. Data for the given T can be erroneous!";
+    s.log.Line(line);
+  }
+  s.log.Line(Ruler97);
+}
+
+// The two Monte Carlo tables, from row `from` on.
+void MonteCarloTables(Session& s, size_t from) {
+  const TableResMC& t = s.thermo.monteCarlo;
+  s.log.Line(" Thermodynamics of internal rotations calculated by Monte Carlo method:");
+  MonteCarloBlock(s, t.rotations, from);
+  s.log.Line(" Total thermodynamic functions with the internal rotation contributions  calculated by Monte Carlo method:");
+  MonteCarloBlock(s, t.totals, from);
+}
+
 void EditedWarning(Session& s, std::string_view tense) {
   s.log.Line(" **** WARNING! Molecular geometry was changed during the interactive session.");
   s.log.Line(" **** The final (edited) coordinates " + std::string(tense) + " used for TD calculations.");
@@ -89,12 +115,19 @@ void CalcTD(Session& s, bool structureEdited, RotationTreatment* rotations) {
     return;
   }
 
+  const bool monteCarlo = nRot > 0 && s.opt.monteCarlo;
+  if (monteCarlo) {
+    s.log.Line(" *** Note: Internal rotation contributions will be treated also using the Monte Carlo method ***");
+    s.log.Line(" *** Please take into account that this kind of calculation can take a long time             ***");
+  }
   TableTitle(s, "various", nRot);
   TableHead(s);
   // The tables generate no coordinate files.
   s.opt.genCoordAngle = 0.0;
   TableRows(s, 10.0, 10.0, 50, report.fixedTable, rotations);
   s.log.Line(Ruler97);
+  if (monteCarlo) MonteCarloTables(s, 0);
+  const size_t monteCarloRows = s.thermo.monteCarlo.rotations.size();
 
   if (!s.opt.tempTableRequested) {
     if (structureEdited) EditedWarning(s, "were");
@@ -110,6 +143,7 @@ void CalcTD(Session& s, bool structureEdited, RotationTreatment* rotations) {
   const auto count = static_cast<long long>((step - first + last) / step);
   TableRows(s, first, step, count, report.requestedTable, rotations);
   s.log.Line(Ruler97);
+  if (monteCarlo) MonteCarloTables(s, monteCarloRows);
   if (structureEdited) EditedWarning(s, "were");
 }
 

@@ -1,0 +1,86 @@
+// Speed of the Monte Carlo integration of rotations: trials per second on one
+// core and on all cores for 1, 4 and 10 rotors of n-hexadecane (the rotors
+// that /ARIR finds), and the time of the 10^7-trial ladder step of 10 rotors.
+//   bench_montecarlo [log] [trials per measurement]
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/run.h"
+#include "model/session.h"
+#include "rotations/monte_carlo.h"
+#include "rotations/recognition.h"
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+double Seconds(const std::vector<quintor::TorsionRotor>& rotors, const quintor::Session& s, long long trials,
+               unsigned threads, double& z) {
+  const std::vector<double> masses(s.atomMass.begin(), s.atomMass.begin() + s.nAtoms);
+  const std::vector<quintor::Vec3> xyz(s.xyz.begin(), s.xyz.begin() + s.nAtoms);
+  const auto t0 = Clock::now();
+  const quintor::TorsionSample sample = quintor::SampleTorsions(rotors, masses, xyz, trials, {}, threads);
+  const double seconds = std::chrono::duration<double>(Clock::now() - t0).count();
+  z = quintor::MonteCarloAtT(sample, 298.15).Z[2];
+  return seconds;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const fs::path source = argc > 1 ? fs::path(argv[1]) : fs::path(QUINTOR_SOURCE_DIR) / "examples/hexadecane_xtb.out";
+  const long long trials = argc > 2 ? std::max(1000LL, std::atoll(argv[2])) : 1000000;
+  const fs::path dir = fs::temp_directory_path() / ("bench_montecarlo_" + std::to_string(::getpid()));
+  fs::create_directories(dir);
+  fs::copy_file(source, dir / source.filename(), fs::copy_options::overwrite_existing);
+
+  quintor::Session s;
+  std::ostringstream console;
+  std::istringstream keys;
+  s.console = &console;
+  s.keyboard = &keys;
+  const int status = quintor::RunQuintor(s, {(dir / source.filename()).string(), "/0", "/ARIR"});
+  std::vector<quintor::TorsionRotor> all;
+  const std::vector<double> masses(s.atomMass.begin(), s.atomMass.begin() + s.nAtoms);
+  const std::vector<quintor::Vec3> xyz(s.xyz.begin(), s.xyz.begin() + s.nAtoms);
+  for (const quintor::IntRot& r : s.rotors) {
+    const quintor::AxisPoints a = quintor::RotationAxisPoints(masses, xyz, r.group, r.axis);
+    quintor::TorsionRotor t;
+    t.group = r.group;
+    t.axisAtom1 = a.atom1;
+    t.axisAtom2 = a.atom2;
+    t.n = std::max(r.symmetryNumber, 1);
+    t.potential = quintor::SingleBarrierSeries(12.0, t.n);
+    all.push_back(t);
+  }
+  fs::remove_all(dir);
+  const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+  std::printf("Monte Carlo of rotations on %s: %d atoms, %zu rotors by /ARIR (exit status %d), %u cores\n",
+              source.filename().c_str(), s.nAtoms, all.size(), status, cores);
+  std::printf("%8s %12s %16s %16s %8s\n", "rotors", "trials", "trials/s 1 core", "trials/s all", "speed-up");
+  for (size_t n : {size_t{1}, size_t{4}, size_t{10}}) {
+    if (n > all.size()) break;
+    const std::vector<quintor::TorsionRotor> rotors(all.begin(), all.begin() + static_cast<long>(n));
+    double z1 = 0.0, zn = 0.0;
+    const double one = Seconds(rotors, s, trials, 1, z1);
+    const double many = Seconds(rotors, s, trials, cores, zn);
+    std::printf("%8zu %12lld %16.0f %16.0f %8.2f\n", n, trials, trials / one, trials / many, one / many);
+  }
+  if (all.size() >= 10) {
+    const std::vector<quintor::TorsionRotor> rotors(all.begin(), all.begin() + 10);
+    const long long ladder = quintor::MonteCarloTrials(10, 0);
+    double z = 0.0;
+    const double t = Seconds(rotors, s, ladder, cores, z);
+    std::printf("Ladder step of 10 rotors: %lld trials in %.2f s on %u cores (target < 60 s: %s)\n", ladder, t, cores,
+                t < 60.0 ? "met" : "NOT met");
+  }
+  return 0;
+}
