@@ -205,9 +205,6 @@ TEST(GamessOptions, MultiplicityOptionStands) {
   TextRun onlyMult(Replace(Replace(text, "STATE MULTIPLICITY                  =    1", ""), "    MULT  =       1",
                            "    MULT  =       2"));
   EXPECT_EQ(onlyMult.s.opt.multiplicity, 2);
-  TextRun option(Replace(text, "STATE MULTIPLICITY                  =    1", "STATE MULTIPLICITY                  =    3"),
-                 {"/MULT2"});
-  EXPECT_EQ(option.s.opt.multiplicity, 2);
   LogRun us(TestData("gamess-us/dvb_ir.log"), {"/MULT3"});
   EXPECT_EQ(us.s.opt.multiplicity, 3);
 }

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "io/fortran_io.h"
@@ -362,23 +363,25 @@ TEST(GaussianMadeLogs, SetsEnergiesAndDummyAtoms) {
 TEST(GaussianMadeLogs, EnergyLinesOfTheOlderLayouts) {
   const std::vector<Atom> a{{1, 0.0, 0.0, 0.0}, {1, 0.0, 0.0, 0.74}};
   std::string head = std::string(kG09Banner) + G09Orientation("Standard orientation:", a);
-  // Fixed columns without "A.U.": taken unless /NOE.
-  TextRun rhf(head + " SCF Done:  E(RHF) =  -1.12345678901\n");
-  EXPECT_DOUBLE_EQ(rhf.s.Set(0).energy, -1.12345678901);
-  TextRun uhf(head + " SCF Done:  E(UHF) = -0.4998232575\n");
-  EXPECT_DOUBLE_EQ(uhf.s.Set(0).energy, -0.4998232575);
-  TextRun blyp(head + " SCF Done:  E(RB+HF-LYP) =  -1.17854936\n");
-  EXPECT_DOUBLE_EQ(blyp.s.Set(0).energy, -1.17854936);
-  TextRun noe(head + " SCF Done:  E(RHF) =  -1.12345678901\n", {"/NOE"});
-  EXPECT_EQ(noe.s.Set(0).energy, 0.0);
-  // With "A.U." the number before it wins, under /NOE as well; a ")" serves
-  // when the line has no "=".
-  TextRun au(head + " SCF Done:  E(RHF) =  -1.12345678901     A.U. after    9 cycles\n", {"/NOE"});
-  EXPECT_DOUBLE_EQ(au.s.Set(0).energy, -1.12345678901);
-  TextRun paren(head + " SCF Done:  E(ROHF)  -2.25  A.U.\n");
-  EXPECT_DOUBLE_EQ(paren.s.Set(0).energy, -2.25);
-  TextRun mp2(head + " SCF Done:  E(RHF) =  -1.10000000000     A.U. after    9 cycles\n E2 =    -0.3795333653E-01 EUMP2 =    -0.11300000000000D+01\n");
-  EXPECT_DOUBLE_EQ(mp2.s.Set(0).energy, -1.13);
+  // Fixed columns without "A.U." are taken unless /NOE; with "A.U." the
+  // number before it wins, under /NOE as well; a ")" serves when the line
+  // has no "="; EUMP2 follows the SCF line.
+  const std::string au = "     A.U. after    9 cycles\n";
+  const std::tuple<std::string, std::vector<std::string>, double> cases[] = {
+      {" SCF Done:  E(RHF) =  -1.12345678901\n", {}, -1.12345678901},
+      {" SCF Done:  E(UHF) = -0.4998232575\n", {}, -0.4998232575},
+      {" SCF Done:  E(RB+HF-LYP) =  -1.17854936\n", {}, -1.17854936},
+      {" SCF Done:  E(RHF) =  -1.12345678901\n", {"/NOE"}, 0.0},
+      {" SCF Done:  E(RHF) =  -1.12345678901" + au, {"/NOE"}, -1.12345678901},
+      {" SCF Done:  E(ROHF)  -2.25  A.U.\n", {}, -2.25},
+      {" SCF Done:  E(RHF) =  -1.10000000000" + au + " E2 =    -0.3795333653E-01 EUMP2 =    -0.11300000000000D+01\n",
+       {}, -1.13},
+  };
+  for (const auto& [line, options, energy] : cases) {
+    SCOPED_TRACE(line);
+    TextRun run(head + line, options);
+    EXPECT_DOUBLE_EQ(run.s.Set(0).energy, energy);
+  }
 }
 
 namespace {

@@ -239,13 +239,6 @@ TEST(MonteCarlo, TrialLadder) {
 
 // ---- Whole runs ---------------------------------------------------------------
 
-std::string LineWith(const std::string& log, const std::string& key) {
-  const size_t at = log.find(key);
-  if (at == std::string::npos) return "";
-  const size_t start = log.rfind('\n', at) + 1;
-  return log.substr(start, log.find('\n', at) - start);
-}
-
 TEST(MonteCarloRun, FillsTheSixthColumnAndTheReport) {
   LogRun run(TestInput("rotations/ethane_xtb.out"), {"/ARIR", "/IRMC20000"});
   ASSERT_EQ(run.r.status, exit_status::Ok) << run.r.console;

@@ -25,22 +25,6 @@ namespace rc = constants;
 std::string Rotations(const std::string& name) { return TestInput("rotations/" + name); }
 std::string Example(const std::string& name) { return TestInput("../../examples/" + name); }
 
-// The first line of `log` that holds `key`, or "".
-std::string LineWith(const std::string& log, const std::string& key) {
-  const size_t at = log.find(key);
-  if (at == std::string::npos) return "";
-  const size_t start = log.rfind('\n', at) + 1;
-  return log.substr(start, log.find('\n', at) - start);
-}
-
-// The number that follows `key` on its first line.
-double After(const std::string& log, const std::string& key) {
-  const std::string line = LineWith(log, key);
-  if (line.empty()) return NAN;
-  const std::vector<std::string> w = Words(line.substr(line.find(key) + key.size()));
-  return w.empty() ? NAN : Num(w[0]);
-}
-
 // ---- Recognition on real molecules ------------------------------------------
 
 struct MoleculeCase {

@@ -229,4 +229,17 @@ TextRun::TextRun(const std::string& text, std::vector<std::string> options, void
   r = RunOn(s, dir.Write("made.log", text), options, prepare, keys);
 }
 
+std::string LineWith(const std::string& log, const std::string& key) {
+  const size_t at = log.find(key);
+  if (at == std::string::npos) return "";
+  const size_t start = log.rfind('\n', at) + 1;
+  return log.substr(start, log.find('\n', at) - start);
+}
+
+double After(const std::string& log, const std::string& key) {
+  const std::string line = LineWith(log, key);
+  const std::vector<std::string> w = line.empty() ? std::vector<std::string>{} : Words(line.substr(line.find(key) + key.size()));
+  return w.empty() ? std::nan("") : Num(w[0]);
+}
+
 }  // namespace quintor::test

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -71,6 +72,10 @@ std::string Replace(std::string text, const std::string& from, const std::string
 std::vector<std::string> Words(const std::string& s);
 std::vector<std::string> FileLines(const std::string& path);  // without a trailing '\r'
 double Num(std::string word);                                // a Fortran 'D' exponent too
+// The first line of `log` that holds `key`, or "".
+std::string LineWith(const std::string& log, const std::string& key);
+// The number after `key` on that line; NaN when there is none.
+double After(const std::string& log, const std::string& key);
 // The numbers after the first `key` of `line`.
 std::vector<double> NumbersAfter(const std::string& line, const std::string& key);
 
