@@ -64,7 +64,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(StepCase{30.0, 12, {-1, -1, -1, 2, 1, 2, 3, 2, 1, 2, 3, 2}},  // 120 and 240 name point 1
                       StepCase{120.0, 3, {-1, 1, 1}}, StepCase{60.0, 6, {-1, -1, 1, 2, 1, 2}},
                       StepCase{20.0, 18, {}}, StepCase{2.4, 150, {}}, StepCase{2.3, 0, {}}, StepCase{0.0, 0, {}},
-                      StepCase{-30.0, 0, {}}));
+                      StepCase{-30.0, 0, {}}),
+    [](const auto& info) { return "Step" + std::to_string(info.index); });
 
 TEST(Gencoord, RelativeIndexesSpanZeroToOne) {
   const std::vector<Vec3> xyz = Ethane();

@@ -156,7 +156,8 @@ INSTANTIATE_TEST_SUITE_P(MonteCarlo, OneRotor,
                          ::testing::Values(OneRotorCase{0.0, 3, 298.15},  // free rotor
                                            OneRotorCase{0.0, 1, 50.0}, OneRotorCase{4.0, 3, 298.15},
                                            OneRotorCase{12.0, 3, 298.15}, OneRotorCase{12.0, 3, 150.0},
-                                           OneRotorCase{12.0, 3, 1000.0}, OneRotorCase{8.0, 2, 400.0}));
+                                           OneRotorCase{12.0, 3, 1000.0}, OneRotorCase{8.0, 2, 400.0}),
+                         [](const auto& info) { return "Case" + std::to_string(info.index); });
 
 TEST(MonteCarlo, FreeRotorIsExact) {
   const Molecule m = Ethane();

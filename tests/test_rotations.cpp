@@ -192,7 +192,8 @@ class Threshold : public ::testing::TestWithParam<ThresholdCase> {};
 TEST_P(Threshold, SumOfAbsoluteCoefficients) { EXPECT_EQ(ReachesIntRotThreshold(GetParam().c), GetParam().marked); }
 INSTANTIATE_TEST_SUITE_P(Cases, Threshold,
                          ::testing::Values(ThresholdCase{{0.5}, true}, ThresholdCase{{0.25, -0.25}, true},
-                                           ThresholdCase{{0.4999}, false}, ThresholdCase{{-0.3, 0.1}, false}));
+                                           ThresholdCase{{0.4999}, false}, ThresholdCase{{-0.3, 0.1}, false}),
+                         [](const auto& info) { return "Case" + std::to_string(info.index); });
 
 TEST(KinematicMatrix, OneRotorIsPitzersReducedMoment) {
   // A bent, asymmetric frame with an off-axis top: I(**) below I(*).
