@@ -509,8 +509,7 @@ void ReadGaussianLog(Session& s, LineReader& in) {
              (input ? "Input orientation" : "Z-Matrix orientation") + " is used");
   s.inputMass.clear();
   s.modes.clear();
-  s.Set(-1) = CoordSet{};
-  s.Set(0) = CoordSet{};
+  s.Set(-1) = CoordSet{};  // what the first pass stored before any geometry
   in.Rewind();
   GaussianReader again(s, in, true);
   while (in.Next(line)) again(line);
