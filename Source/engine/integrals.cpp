@@ -364,6 +364,21 @@ std::vector<double> OneCentreIntegrals(const ElementParameters& p, int na) {
   return g;
 }
 
+const BoronPair* Am1BoronPair(int za, int zb) {
+  // k (eV), l (1/A^2), m (A) of the two terms of each kind of partner.
+  static constexpr BoronPair kHydrogen{{{{0.412253, 10.0, 0.832586}, {-0.149917, 6.0, 1.186220}}}};
+  static constexpr BoronPair kCarbon{{{{0.261751, 8.0, 1.063995}, {0.050275, 5.0, 1.936492}}}};
+  static constexpr BoronPair kHalogen{{{{0.359244, 9.0, 0.819351}, {0.074729, 9.0, 1.574414}}}};
+  if (za != 5 && zb != 5) return nullptr;
+  const int other = za == 5 ? zb : za;
+  switch (other) {
+    case 1: return &kHydrogen;
+    case 6: return &kCarbon;
+    case 9: case 17: case 35: case 53: return &kHalogen;
+    default: return nullptr;
+  }
+}
+
 PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
                           const std::array<double, 3>& xb) {
   const ElementParameters& pa = set.el[za];
@@ -564,12 +579,20 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
     }
     ecc = enuc + std::abs(scale * enuc);
   }
-  for (int k = 0; k < 4; ++k) {
-    for (const ElementParameters* p : {&pa, &pb}) {
-      if (p->gues1[k] == 0) continue;
-      const double ax = p->gues2[k] * (rA - p->gues3[k]) * (rA - p->gues3[k]);
-      if (ax <= 25.0) ecc += pa.core * pb.core / rA * p->gues1[k] * std::exp(-ax);
-    }
+  // The Gaussian terms of AM1 and PM3, k1 exp(-l1 (r - m1)^2) each, of both
+  // atoms; in AM1 a bond of boron to H, C or a halogen has two terms of its
+  // own in place of boron's (Dewar and Jie, 1987).
+  auto gaussian = [&](double k1, double l1, double m1) {
+    const double ax = l1 * (rA - m1) * (rA - m1);
+    if (ax <= 25.0) ecc += pa.core * pb.core / rA * k1 * std::exp(-ax);
+  };
+  const BoronPair* boron = set.method == EngineMethod::AM1 ? Am1BoronPair(za, zb) : nullptr;
+  if (boron)
+    for (const auto& g : boron->terms) gaussian(g[0], g[1], g[2]);
+  for (const ElementParameters* p : {&pa, &pb}) {
+    if (boron && p == (za == 5 ? &pa : &pb)) continue;
+    for (int k = 0; k < 4; ++k)
+      if (p->gues1[k] != 0) gaussian(p->gues1[k], p->gues2[k], p->gues3[k]);
   }
   out.coreCore = ecc;
   return out;

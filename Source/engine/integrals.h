@@ -26,6 +26,13 @@ struct PairIntegrals {
 };
 
 // xa, xb in angstroms.
+// AM1's own Gaussian terms of a bond of boron to hydrogen, carbon or a
+// halogen, which stand in place of boron's; null for any other pair.
+struct BoronPair {
+  std::array<std::array<double, 3>, 2> terms;  // k (eV), l (1/A^2), m (A)
+};
+const BoronPair* Am1BoronPair(int za, int zb);
+
 PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
                           const std::array<double, 3>& xb);
 
