@@ -26,7 +26,6 @@ struct Library {
   Dsyevd* dsyevd = nullptr;
   Dgesv* dgesv = nullptr;
   Dgbsv* dgbsv = nullptr;
-  SetNumThreads* setThreads = nullptr;
 };
 
 template <class F>
@@ -47,8 +46,7 @@ const Library& Load() {
     lib.dsyevd = Symbol<Dsyevd>(lib.handle, "dsyevd_");
     lib.dgesv = Symbol<Dgesv>(lib.handle, "dgesv_");
     lib.dgbsv = Symbol<Dgbsv>(lib.handle, "dgbsv_");
-    lib.setThreads = Symbol<SetNumThreads>(lib.handle, "openblas_set_num_threads");
-    if (lib.setThreads) lib.setThreads(1);
+    if (auto* setThreads = Symbol<SetNumThreads>(lib.handle, "openblas_set_num_threads")) setThreads(1);
   });
   return lib;
 }
@@ -86,10 +84,6 @@ int dgbsv(int n, int kl, int ku, int nrhs, double* ab, int ldab, int* ipiv, doub
   int info = 0;
   Routine(&Library::dgbsv, "DGBSV")(&n, &kl, &ku, &nrhs, ab, &ldab, ipiv, b, &ldb, &info);
   return info;
-}
-
-void SetThreads(int n) {
-  if (SetNumThreads* f = Load().setThreads) f(n);
 }
 
 }  // namespace quintor::lapack

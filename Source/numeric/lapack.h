@@ -1,7 +1,7 @@
 // LAPACK, loaded when a computation first needs it. Most batch runs need
 // none, and loading OpenBLAS costs every start a few milliseconds (its
-// thread pool); once loaded it runs on one thread unless a caller asks for
-// more. The routines take their arguments as the Fortran ones do and return
+// thread pool); once loaded it runs on one thread, so that it never spins
+// beside the program's own threads. The routines take their arguments as the Fortran ones do and return
 // INFO (0 on success).
 #pragma once
 
@@ -20,8 +20,5 @@ int dsyevd(char jobz, char uplo, int n, double* a, int lda, double* w, double* w
            int liwork);
 int dgesv(int n, int nrhs, double* a, int lda, int* ipiv, double* b, int ldb);
 int dgbsv(int n, int kl, int ku, int nrhs, double* ab, int ldab, int* ipiv, double* b, int ldb);
-
-// Threads of the BLAS under LAPACK (OpenBLAS only; 1 after loading).
-void SetThreads(int n);
 
 }  // namespace quintor::lapack
