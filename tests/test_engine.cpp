@@ -17,6 +17,8 @@
 
 namespace fs = std::filesystem;
 using namespace quintor::engine;
+using quintor::test::MopacReference;
+using quintor::test::MopacReferences;
 
 namespace {
 
@@ -46,23 +48,6 @@ Geometry ReadXyz(const std::string& name) {
   return g;
 }
 
-struct Reference {
-  std::string molecule, method;
-  double heat;
-};
-
-std::vector<Reference> ReadReferences(const std::string& file) {
-  std::ifstream in(kInputs + "/" + file);
-  std::vector<Reference> refs;
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream ss(line);
-    Reference r;
-    if (ss >> r.molecule >> r.method >> r.heat) refs.push_back(r);
-  }
-  return refs;
-}
 
 EngineMethod MethodFromName(const std::string& m) {
   if (m == "MNDO") return EngineMethod::MNDO;
@@ -95,13 +80,13 @@ bool OnlyHCNOF(const Geometry& g) {
 // ---- Heats of formation against MOPAC ----------------------------------------
 
 TEST(engineMopac, SinglePointHeatsWithinFiveHundredthsOfAKcal) {
-  const auto refs = ReadReferences("mopac_1scf.txt");
+  const auto refs = MopacReferences("mopac_1scf.txt");
   ASSERT_GT(refs.size(), 50u);
   std::map<std::string, double> worst;
-  for (const Reference& r : refs) {
+  for (const MopacReference& r : refs) {
     if (r.method == "MNDOD") continue;
-    const double heat = Heat(MethodFromName(r.method), ReadXyz(r.molecule));
-    EXPECT_NEAR(heat, r.heat, 0.05) << r.molecule << ' ' << r.method;
+    const double heat = Heat(MethodFromName(r.method), ReadXyz(r.name));
+    EXPECT_NEAR(heat, r.heat, 0.05) << r.name << ' ' << r.method;
     worst[r.method] = std::max(worst[r.method], std::abs(heat - r.heat));
   }
   for (const auto& [m, d] : worst) std::printf("  largest deviation from MOPAC, %s: %.5f kcal/mol\n", m.c_str(), d);
@@ -118,8 +103,8 @@ TEST(engineMopac, SinglePointHeatsWithinFiveHundredthsOfAKcal) {
 // of what is left on the d-orbital molecules below (largest on dmso, 0.05).
 TEST(engineMopac, MndoDOnFirstRowMoleculesIsMndo) {
   std::map<std::string, double> mndo;
-  for (const Reference& r : ReadReferences("mopac_1scf.txt"))
-    if (r.method == "MNDO") mndo[r.molecule] = r.heat;
+  for (const MopacReference& r : MopacReferences("mopac_1scf.txt"))
+    if (r.method == "MNDO") mndo[r.name] = r.heat;
   int checked = 0;
   for (const auto& [molecule, heat] : mndo) {
     const Geometry g = ReadXyz(molecule);
@@ -131,17 +116,17 @@ TEST(engineMopac, MndoDOnFirstRowMoleculesIsMndo) {
 }
 
 TEST(engineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
-  const auto refs = ReadReferences("mopac_opt.txt");
+  const auto refs = MopacReferences("mopac_opt.txt");
   ASSERT_FALSE(refs.empty());
-  for (const Reference& r : refs) {
-    if (r.molecule == "ethanol") continue;  // the larger ones belong to the benchmark
-    const Geometry g = ReadXyz(r.molecule);
+  for (const MopacReference& r : refs) {
+    if (r.name == "ethanol") continue;  // the larger ones belong to the benchmark
+    const Geometry g = ReadXyz(r.name);
     GeoOptSettings s;
     s.engine = BuiltinOnly();
     s.tolerances = {0.05, 1e-5, 1e-5};
     const GeoOptResult res = GeoOpt(MethodFromName(r.method), g.z, g.x, 0, 1, s, nullptr, nullptr);
     EXPECT_TRUE(res.optimised);
-    EXPECT_NEAR(res.heatKcal, r.heat, 0.2) << r.molecule << ' ' << r.method;
+    EXPECT_NEAR(res.heatKcal, r.heat, 0.2) << r.name << ' ' << r.method;
   }
 }
 
@@ -154,12 +139,12 @@ TEST(engineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
 TEST(engineMopac, MndoDWithDOrbitalsWithinFifteenHundredthsOfAKcal) {
   double worst = 0;
   int checked = 0;
-  for (const Reference& r : ReadReferences("mopac_1scf.txt")) {
+  for (const MopacReference& r : MopacReferences("mopac_1scf.txt")) {
     if (r.method != "MNDOD") continue;
-    const Geometry g = ReadXyz(r.molecule);
+    const Geometry g = ReadXyz(r.name);
     if (OnlyHCNOF(g)) continue;
     const double heat = Heat(EngineMethod::MNDOD, g);
-    EXPECT_NEAR(heat, r.heat, 0.15) << r.molecule;
+    EXPECT_NEAR(heat, r.heat, 0.15) << r.name;
     worst = std::max(worst, std::abs(heat - r.heat));
     ++checked;
   }

@@ -14,23 +14,6 @@ using namespace quintor::test;
 
 namespace {
 
-struct LogReference {
-  std::string log, method;
-  double heat;
-};
-
-std::vector<LogReference> LogReferences() {
-  std::ifstream in(TestInput("engine/mopac_logs.txt"));
-  std::vector<LogReference> refs;
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream ss(line);
-    LogReference r;
-    if (ss >> r.log >> r.method >> r.heat) refs.push_back(r);
-  }
-  return refs;
-}
 
 // The kcal/mol figure of the line after the method's name.
 double PrintedHeat(const std::string& log, const std::string& name) {
@@ -50,14 +33,14 @@ RunResult RunOnCopy(const TempDir& dir, const std::string& log, std::vector<std:
 
 TEST(engineBatch, HeatOfTheFinalGeometryIsMopacs) {
   SKIP_WITHOUT_TESTDATA();
-  const auto refs = LogReferences();
+  const auto refs = MopacReferences("mopac_logs.txt");
   ASSERT_FALSE(refs.empty());
-  for (const LogReference& r : refs) {
+  for (const MopacReference& r : refs) {
     if (r.method == "MNDOD") continue;  // on H and O MNDO/d is MNDO: below
     TempDir dir;
-    const RunResult run = RunOnCopy(dir, r.log, {"/HOF", "/ENGINE" + r.method});
+    const RunResult run = RunOnCopy(dir, r.name, {"/HOF", "/ENGINE" + r.method});
     ASSERT_EQ(run.status, 0) << run.console;
-    EXPECT_NEAR(PrintedHeat(run.log, r.method), r.heat, 0.0051) << r.log << ' ' << r.method;
+    EXPECT_NEAR(PrintedHeat(run.log, r.method), r.heat, 0.0051) << r.name << ' ' << r.method;
   }
 }
 
@@ -129,13 +112,10 @@ TEST(engineBatch, WithoutTheOptionsNothingIsRun) {
 // degrees, and a barrier as MOPAC gives it for the methyl group turned by 60
 // degrees (tests/inputs/engine/mopac_scan.txt, made by make_scan_reference.py).
 TEST(engineBatch, EthaneScanIsThreefoldWithMopacsBarrier) {
-  std::ifstream in(TestInput("engine/mopac_scan.txt"));
-  std::string method;
-  double barrier = 0.0;
   int cases = 0;
-  for (std::string line; std::getline(in, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream(line) >> method >> barrier;
+  for (const MopacReference& r : MopacReferences("mopac_scan.txt")) {
+    const std::string& method = r.method;
+    const double barrier = r.heat;
     SCOPED_TRACE(method);
     TempDir dir;
     const std::string input = dir.Write("ethane.out", ReadFile(TestInput("rotations/ethane_xtb.out")));

@@ -113,6 +113,18 @@ ExeResult RunExe(const std::vector<std::string>& args, const std::string& stdinT
   return r;
 }
 
+std::vector<MopacReference> MopacReferences(const std::string& file) {
+  std::ifstream in(TestInput("engine/" + file));
+  std::vector<MopacReference> refs;
+  for (std::string line; std::getline(in, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream ss(line);
+    MopacReference r;
+    if (ss >> r.name >> r.method >> r.heat) refs.push_back(r);
+  }
+  return refs;
+}
+
 int CountText(const std::string& text, const std::string& what) {
   int n = 0;
   for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;

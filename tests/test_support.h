@@ -61,6 +61,14 @@ struct ExeResult {
 ExeResult RunExe(const std::vector<std::string>& args, const std::string& stdinText = "",
                  const std::string& cwd = "");
 
+// One row "<name> <method> <kcal/mol or kJ/mol>" of a table of MOPAC's
+// numbers under tests/inputs/engine/; lines beginning with '#' are comments.
+struct MopacReference {
+  std::string name, method;
+  double heat = 0.0;
+};
+std::vector<MopacReference> MopacReferences(const std::string& file);
+
 // How often `what` stands in `text`.
 int CountText(const std::string& text, const std::string& what);
 

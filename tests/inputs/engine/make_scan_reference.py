@@ -27,7 +27,7 @@ def turned(p, a, b, ang):
     return [a[i] + v[i] * c + cr[i] * s + ax[i] * dot * (1 - c) for i in range(3)]
 
 out = open(os.path.join(here, 'mopac_scan.txt'), 'w')
-out.write('# method  barrier (kJ/mol): E(60 deg) - E(0 deg), mopac <METHOD> 1SCF; made by make_scan_reference.py\n')
+out.write('# molecule method barrier (kJ/mol): E(60 deg) - E(0 deg), mopac <METHOD> 1SCF; made by make_scan_reference.py\n')
 with tempfile.TemporaryDirectory() as work:
     for method in ('MNDO', 'AM1', 'PM3'):
         heat = {}
@@ -44,4 +44,4 @@ with tempfile.TemporaryDirectory() as work:
             m = re.search(r'FINAL HEAT OF FORMATION =\s+\S+ KCAL/MOL\s*=\s*(-?[\d.]+) KJ/MOL',
                           open(name[:-4] + '.out').read())
             heat[deg] = float(m.group(1))
-        out.write(f'{method} {heat[60] - heat[0]:.5f}\n')
+        out.write(f'ethane {method} {heat[60] - heat[0]:.5f}\n')
