@@ -24,14 +24,19 @@ void FourSets(Session& s) {
   HandMolecule(s, {{6, "C", {0, 0, 0}}, {8, "O", {2.3, 0, 0}}, {1, "H", {-1, 1.7, 0}}}, 4);
 }
 
+// The molecule of four sets in the viewer, which opens on the last set.
+void OpenOnFourSets(Session& s, ViewerState& v) {
+  FourSets(s);
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+}
+
 }  // namespace
 
 TEST(ViewerKeys, ScriptedSequenceLeavesTheDocumentedState) {
   Session s;
-  FourSets(s);
   ViewerState v;
-  StartViewer(s, v);
-  LoadCoordinateSet(s, v);
+  OpenOnFourSets(s, v);
   ASSERT_EQ(v.currentSet, 3);  // the run opens on the last set
   ScriptedPrompts prompts;
 
@@ -92,10 +97,8 @@ TEST(ViewerKeys, ScriptedSequenceLeavesTheDocumentedState) {
 
 TEST(ViewerKeys, PromptsStepsAndReset) {
   Session s;
-  FourSets(s);
   ViewerState v;
-  StartViewer(s, v);
-  LoadCoordinateSet(s, v);
+  OpenOnFourSets(s, v);
   ScriptedPrompts p;
   p.reals = {10.0, 0.5, 20.0};
   p.yesNo = {false, true};
@@ -125,10 +128,8 @@ TEST(ViewerKeys, PromptsStepsAndReset) {
 
 TEST(ViewerKeys, LaterWorkSaysNotAvailableAndEditedSetsAsk) {
   Session s;
-  FourSets(s);
   ViewerState v;
-  StartViewer(s, v);
-  LoadCoordinateSet(s, v);
+  OpenOnFourSets(s, v);
   ScriptedPrompts p;
   for (Key k : {Extended(ext_key::F4), Plain('c'), Plain('K'), Plain('Y'), Plain('J'), Plain('F')})
     DispatchKey(s, v, k, p);
@@ -162,11 +163,9 @@ TEST(ViewerKeys, LaterWorkSaysNotAvailableAndEditedSetsAsk) {
 
 TEST(ViewerKeys, ClicksMarkTheNearestAtomUpToFour) {
   Session s;
-  FourSets(s);
   ViewerState v;
   v.window = {800, 400};
-  StartViewer(s, v);
-  LoadCoordinateSet(s, v);
+  OpenOnFourSets(s, v);
   BuildScene(s, v);
   auto pixelOf = [&](int atom) { return WorldToWindow(v.window, s.xyz[atom - 1][0], s.xyz[atom - 1][1]); };
   struct Case {
