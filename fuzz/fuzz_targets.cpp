@@ -10,7 +10,9 @@
 #include <sstream>
 
 #include "app/run.h"
+#include "engine/engine.h"
 #include "engine/parameters.h"
+#include "model/run_stop.h"
 #include "model/session.h"
 
 namespace quintor::fuzz {
@@ -124,24 +126,32 @@ BatchResult FuzzCommandLine(const uint8_t* data, size_t size) {
   return RunBatch(args);
 }
 
-// The parameter file read over each method's built-in tables, then, under
-// the engine's own name in the current directory, a PM3 heat of water
-// through a batch run.
+// The parameter file read over each method's built-in tables, and the
+// parameters so changed used for a heat of formation of water.
 BatchResult FuzzParameterFile(const uint8_t* data, size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
+  BatchResult r;
+  std::ostringstream report;
+  engine::EngineOptions options;
+  options.parameterFile = "";
+  options.printLevel = 0;
+  options.maxIterations = 50;
   for (int menu = 1; menu <= 5; ++menu) {
-    engine::ParameterSet set = engine::BuiltinParameters(engine::MethodOfMenu(menu));
+    const engine::EngineMethod method = engine::MethodOfMenu(menu);
+    engine::ParameterSet set = engine::BuiltinParameters(method);
     std::istringstream in(text);
-    engine::ReadParameterFile(in, set);
+    const engine::ParameterFileResult read = engine::ReadParameterFile(in, set);
+    if (!read.ok) {
+      r.status = exit_status::ReadError;
+      report << read.message << "\n";
+    }
+    const engine::EngineResult e = engine::EngineRunWith(set, {8, 1, 1}, {{0, 0, 0.1173}, {0, 0.7572, -0.4692},
+                                                                          {0, -0.7572, -0.4692}},
+                                                         0, 1, false, nullptr, options);
+    if (e.status != engine::EngineStatus::NotRun) engine::PrintHeatOfFormation(report, method, e.heatKcal);
   }
-  static const bool inScratch = [] {
-    std::filesystem::current_path(ScratchDir());
-    return true;
-  }();
-  (void)inScratch;
-  WriteScratch("MNDOD.DAT", data, size);
-  const std::string input = WriteScratch("hof.xyz", kWater, sizeof kWater - 1);
-  return RunBatch({input, "/X", "/0", "/HOF"});
+  r.text = report.str();
+  return r;
 }
 
 }  // namespace quintor::fuzz
