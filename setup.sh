@@ -33,17 +33,36 @@ cmake --build build
 
 [ "${1:-}" = "--no-example" ] && exit 0
 
-# The batch job on the bundled example, in a scratch copy so that the
-# repository stays clean.
+# The batch jobs on the bundled examples, in a scratch copy so that the
+# repository stays clean. The home directory holds the sample configuration
+# and fragment database.
 out=build/example
 mkdir -p "$out"
-cp examples/ethanol_xtb.out examples/ethanol_xtb.tdi "$out/"
-status=0
-# The home directory holds the sample configuration and fragment database.
-(cd "$out" && QUINTOR="$(pwd)/../../data" ../bin/quintor ethanol_xtb.out /0 </dev/null >console.txt 2>&1) || status=$?
+home="$(pwd)/data"
+run() {  # run INPUT: quintor INPUT /0 in $out; prints the exit status
+  local status=0
+  (cd "$out" && QUINTOR="$home" ../bin/quintor "$1" /0 </dev/null >"console_${1%.*}.txt" 2>&1) || status=$?
+  echo "$status"
+}
+
+# 1. Thermochemistry of ethanol (GFN2-xTB frequencies, rigid rotor and
+#    harmonic oscillator, 298.15 K, 1 atm).
+cp examples/ethanol_xtb.out "$out/"
+status=$(run ethanol_xtb.out)
 echo
 echo "Batch run of examples/ethanol_xtb.out finished with exit status $status."
 echo "  executable : $(pwd)/build/bin/quintor"
 echo "  MainLog    : $(pwd)/$out/ethanol_xtb.mou (report, thermochemistry and temperature tables)"
-[ -f "$out/ethanol_xtb.tdo" ] && echo "  .tdo report : $(pwd)/$out/ethanol_xtb.tdo (reduced masses)"
-echo "  console    : $(pwd)/$out/console.txt"
+echo "  Totals at 298.15 K and 1 atm (electronic + translational + rotational + vibrational):"
+grep -E '^ (ZPEtot|Htot =|Stot =|CPtot=|Gtot =)' "$out/ethanol_xtb.mou" | sed 's/^/   /' || true
+
+# 2. The .tdo report of reduced masses recalculated from force constants:
+#    water with the formatted checkpoint file of its Hessian beside the log.
+cp tests/inputs/water_xtb.out tests/inputs/water_xtb.fch examples/water_xtb.tdi "$out/"
+status=$(run water_xtb.out)
+echo
+echo "Batch run of tests/inputs/water_xtb.out (with water_xtb.fch and water_xtb.tdi) finished with exit status $status."
+echo "  .tdo report: $(pwd)/$out/water_xtb.tdo; the three modes from the force constants:"
+echo "    mode  frequency (cm-1)  reduced mass (amu)"
+grep -E '^ +[789] ' "$out/water_xtb.tdo" | awk '{printf "    %4d  %16.2f  %18.2f\n", $1, $4, $6}' || true
+echo "  consoles   : $(pwd)/$out/console_ethanol_xtb.txt, console_water_xtb.txt"

@@ -6,9 +6,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "app/run.h"
+#include "engine/engine.h"
+#include "engine/parameters.h"
+#include "model/run_stop.h"
 #include "model/session.h"
 
 namespace quintor::fuzz {
@@ -28,14 +32,21 @@ std::string WriteScratch(const std::string& name, const uint8_t* data, size_t si
   return path;
 }
 
-int RunBatch(const std::vector<std::string>& args, int formatCode) {
+BatchResult RunBatch(const std::vector<std::string>& args, int formatCode) {
   Session s;
   std::ostringstream console;
   std::istringstream keys("n");
   s.console = &console;
   s.keyboard = &keys;
   s.opt.formatCode = static_cast<FormatCode>(formatCode);
-  return RunQuintor(s, args);
+  BatchResult r;
+  r.status = RunQuintor(s, args);
+  r.text = console.str();
+  if (!s.files.logName.empty()) {
+    std::ifstream log(s.files.logName, std::ios::binary);
+    r.text += std::string(std::istreambuf_iterator<char>(log), {});
+  }
+  return r;
 }
 
 namespace {
@@ -59,43 +70,46 @@ constexpr std::array<Forced, 21> kFormats = {{
 // The whole read pass, report and end of run on arbitrary bytes. The first
 // byte chooses the format: detection by banner, or one of the forced codes,
 // so that every reader is reached.
-void FuzzReadPass(const uint8_t* data, size_t size) {
-  if (size == 0) return;
+BatchResult FuzzReadPass(const uint8_t* data, size_t size) {
+  if (size == 0) return {};
   const Forced& f = kFormats[data[0] % kFormats.size()];
   std::string path = WriteScratch("input.log", data + 1, size - 1);
   std::vector<std::string> args{path, "/0"};
   if (*f.option) args.push_back(f.option);
-  RunBatch(args, f.code);
+  return RunBatch(args, f.code);
 }
 
 // The specification file reader, through a whole run on a small molecule.
-void FuzzSpecFile(const uint8_t* data, size_t size) {
+BatchResult FuzzSpecFile(const uint8_t* data, size_t size) {
   std::string input = WriteScratch("mol.xyz", kWater, sizeof kWater - 1);
   WriteScratch("mol.tdi", data, size);
-  RunBatch({input, "/X", "/0"});
+  return RunBatch({input, "/X", "/0"});
 }
 
 // The configuration file reader: the fuzzed file is Quintor.cfg in the home
 // directory, and the run reads a pattern input.
-void FuzzConfigFile(const uint8_t* data, size_t size) {
+BatchResult FuzzConfigFile(const uint8_t* data, size_t size) {
   static const bool home = [] { return ::setenv("QUINTOR", ScratchDir().c_str(), 1) == 0; }();
   (void)home;
   static const uint8_t kLog[] = " NSERCH=   1\n\n\n C 6.0 0 0 0\n O 8.0 0 0 1.2\n\n";
   WriteScratch("Quintor.cfg", data, size);
   std::string input = WriteScratch("pat.log", kLog, sizeof kLog - 1);
-  RunBatch({input, "/PAT", "/0"});
-  RunBatch({input, "/PATMINE", "/0"});
+  BatchResult first = RunBatch({input, "/PAT", "/0"});
+  BatchResult second = RunBatch({input, "/PATMINE", "/0"});
+  second.text = first.text + second.text;
+  if (first.status == exit_status::Internal) second.status = first.status;
+  return second;
 }
 
 // The Gaussian Z-matrix parser and its conversion to Cartesian coordinates.
-void FuzzZMatrix(const uint8_t* data, size_t size) {
+BatchResult FuzzZMatrix(const uint8_t* data, size_t size) {
   std::string input = WriteScratch("z.gzmat", data, size);
-  RunBatch({input, "/GZ", "/0"});
+  return RunBatch({input, "/GZ", "/0"});
 }
 
 // The command line: the bytes are split at newlines into arguments that
 // follow a fixed small input.
-void FuzzCommandLine(const uint8_t* data, size_t size) {
+BatchResult FuzzCommandLine(const uint8_t* data, size_t size) {
   static const std::string input = WriteScratch("cl.xyz", kWater, sizeof kWater - 1);
   std::vector<std::string> args{input, "/0"};
   std::string word;
@@ -109,7 +123,35 @@ void FuzzCommandLine(const uint8_t* data, size_t size) {
   }
   args.push_back(word);
   // The input stays argument 1 and /0 keeps the run unattended.
-  RunBatch(args);
+  return RunBatch(args);
+}
+
+// The parameter file read over each method's built-in tables, and the
+// parameters so changed used for a heat of formation of water.
+BatchResult FuzzParameterFile(const uint8_t* data, size_t size) {
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  BatchResult r;
+  std::ostringstream report;
+  engine::EngineOptions options;
+  options.parameterFile = "";
+  options.printLevel = 0;
+  options.maxIterations = 50;
+  for (int menu = 1; menu <= 5; ++menu) {
+    const engine::EngineMethod method = engine::MethodOfMenu(menu);
+    engine::ParameterSet set = engine::BuiltinParameters(method);
+    std::istringstream in(text);
+    const engine::ParameterFileResult read = engine::ReadParameterFile(in, set);
+    if (!read.ok) {
+      r.status = exit_status::ReadError;
+      report << read.message << "\n";
+    }
+    const engine::EngineResult e = engine::EngineRunWith(set, {8, 1, 1}, {{0, 0, 0.1173}, {0, 0.7572, -0.4692},
+                                                                          {0, -0.7572, -0.4692}},
+                                                         0, 1, false, nullptr, options);
+    if (e.status != engine::EngineStatus::NotRun) engine::PrintHeatOfFormation(report, method, e.heatKcal);
+  }
+  r.text = report.str();
+  return r;
 }
 
 }  // namespace quintor::fuzz

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang and runs each for SECONDS.
-#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line)
+#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line parameter_file)
 # Corpora and crash artifacts stay in build-fuzz/ (not in the repository); an
 # input that found a fault belongs, minimised, in tests/fuzz_regressions/<target>/.
 set -euo pipefail
@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:?usage: fuzz/run_fuzzers.sh SECONDS [target ...]}
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line)
+[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line parameter_file)
 shared=../shared/testdata
 
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DQUINTOR_FUZZ=ON -DQUINTOR_TESTS=OFF \
@@ -41,12 +41,31 @@ make_corpus() {
       for f in tests/inputs/*.gzmat; do [ -f "$f" ] && seed "$dir" 14 "$f"; done
       for f in tests/inputs/priroda*; do [ -f "$f" ] && seed "$dir" 17 "$f"; done
       for f in tests/inputs/korvandel*; do [ -f "$f" ] && seed "$dir" 5 "$f"; done
+      # Logs of other programs and odd Gaussian logs: detected (byte 0) or not.
+      for f in "$shared"/more/* "$shared"/orca/* "$shared"/qchem/*; do [ -f "$f" ] && seed "$dir" 0 "$f"; done
       seed "$dir" 4 examples/ethanol_xtb.out ;;
     zmatrix) for f in tests/inputs/*.gzmat; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
     config_file) cp data/Quintor.cfg "$dir/"; for f in tests/inputs/*.cfg; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
     tdi_file)
       printf 'TT=300 PP=101325\nSCALE=0.96\nZERO=(1,2,3,4,5,6)\nVIBR=7 ROT=3 GROUP=(1,2) AXIS=(1,3) V0=2.9 KCAL\nVIBR=8 READP KJ\n0 0\n60 1\n\nEXCLUDEATOMS\n2\n\nNEWAMASS\n16\n2\n2\n' >"$dir/example.tdi"
       printf 'GENCOORD GENCOORDANGLE=30\nALLPOSITIVE RECALCFREQ ROTN=2 PATTERN=x\n' >"$dir/flags.tdi" ;;
+    parameter_file)
+      cp ../shared/data/nddo_parameters.dat "$dir/" 2>/dev/null || true
+      # One section of each method, and the bad-line and odd-key cases.
+      for m in MNDO AM1 PM3 MNDOD; do
+        awk -v m="$m" '/^\/\// {on = ($0 ~ "^//" m "[ 	]*$")} on' ../shared/data/nddo_parameters.dat 2>/dev/null           | head -c 6000 >"$dir/section_$m"
+      done
+      printf '//PM3 
+EHEAT    1          60.0
+USS      6          -47.0
+' >"$dir/small"
+      printf '//PM3 
+USS      6          -4x.0
+' >"$dir/bad_value"
+      printf '//COMMON
+GUES1    6  1       0.011355
+ADD      13 2       1.0
+' >"$dir/indexed" ;;
     command_line)
       printf '/TT300\n/PP2\n/THERMO100-200-10\n/V10:20:30:0:0:1\n/ORIENT1-2-3\n/PREC12.4' >"$dir/a"
       printf '/NXYZ2@GEOM\n/SCALE0.9\n/SYMEPS0.01\n/ROT2\n/C5\n/IRMC100\n/HB3' >"$dir/b" ;;

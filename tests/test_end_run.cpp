@@ -5,7 +5,10 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <sstream>
+#include <vector>
 
+#include "app/command_line.h"
 #include "app/run.h"
 #include "test_support.h"
 #include "viewer/view_model.h"
@@ -111,4 +114,55 @@ TEST(FinishLog, PreciseTableInEachUnit) {
                        Row("O1", 8, w[0], 20, 12, constants::AngstromToBohr) + "\n"),
             std::string::npos)
       << b.log;
+}
+
+// The printed view command, given back as /V, builds the view it was printed
+// for, to the precision of its angles (0.1 degree: 2e-3 in the matrix): views
+// started by /V, turned by the keys' rotations, and near the poles of the
+// middle angle.
+TEST(FinishLog, ViewCommandGivesTheViewBack) {
+  TempDir dir;
+  const std::string input = dir.Write("w.xyz", kWater);
+  struct Case {
+    const char* start;          // /V of the first run, or "" for the identity
+    std::vector<Vec3> turns;    // RotateView's (aboutZ, aboutY, aboutX), degrees
+  };
+  const Case cases[] = {
+      {"/V30:-45:10:0.1:0.2:1.5", {}},
+      {"/V-170:80:170", {}},
+      {"/V20:90:35", {}},
+      {"/V20:-90:35", {}},
+      {"", {{0, 5, 0}, {0, 0, 5}, {0, 0, 5}, {15, 0, 0}, {0, -40, 0}}},
+      {"/V10:20:30", {{0, 0, 90}, {0, 90, 0}, {33, 0, 0}}},
+      {"", {{0, 89.96, 0}}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.start) + " and " + std::to_string(c.turns.size()) + " turns");
+    ViewState seen;
+    Frontend turn;
+    turn.hasDisplay = [] { return true; };
+    turn.interact = [&](Session& s) {
+      for (const Vec3& t : c.turns)
+        RotateView(s.view, t[0] * constants::DegToRad, t[1] * constants::DegToRad, t[2] * constants::DegToRad);
+      seen = s.view;
+      return false;
+    };
+    Session s;
+    std::ostringstream console;
+    s.console = &console;
+    std::vector<std::string> args{input, "/X2"};
+    if (*c.start) args.emplace_back(c.start);
+    ASSERT_EQ(RunQuintor(s, args, &turn), 0) << console.str();
+    const std::string log = ReadFile(s.files.logName);
+    const size_t at = log.find(" View command   :");
+    ASSERT_NE(at, std::string::npos);
+    const std::string command = log.substr(at + 17, log.find('\n', at) - at - 17);
+
+    Session back;
+    back.opt.noGraphics = true;
+    ParseCommandLine(back, {input, command});
+    const Mat3 r = StartingView(back.opt).matrix;
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j) EXPECT_NEAR(r[i][j], seen.matrix[i][j], 2e-3) << command << " " << i << j;
+  }
 }

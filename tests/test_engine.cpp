@@ -382,10 +382,3 @@ TEST(engineParameters, NoFileLeavesTheBuiltInValues) {
   EXPECT_NEAR(r.heatKcal, 60.0, 1e-9);
 }
 
-TEST(engineParameters, ReportNamesEachElement) {
-  std::ostringstream out;
-  PrintParameterReport(out, BuiltinParameters(EngineMethod::PM3), {6, 1, 6});
-  for (const char* s : {" USS  (C   6)", " UPP  (C   6)", " BETAS(H   1)", " ZS   (", " ALP  (", " EHEAT(", " EISOL(",
-                        " CORE ("})
-    EXPECT_NE(out.str().find(s), std::string::npos) << s;
-}

@@ -3,8 +3,11 @@
 // radial integrals, and the charge separations and additive terms.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <vector>
 
+#include "engine/engine.h"
 #include "engine/integrals.h"
 #include "engine/parameters.h"
 #include "engine/slater_condon.h"
@@ -86,9 +89,26 @@ TEST(engineDOrbitals, ChlorineTermsAndCoreAdditiveTerm) {
   EXPECT_DOUBLE_EQ(cl.slaterCondon[10], cl.f0dd);
 }
 
-TEST(engineDOrbitals, PairExponentsOfSodiumMagnesiumAndAluminium) {
-  EXPECT_DOUBLE_EQ(MndoDPairExponent(1, 11), 1.05225212);
-  EXPECT_DOUBLE_EQ(MndoDPairExponent(13, 13), 1.38788);
-  EXPECT_DOUBLE_EQ(MndoDPairExponent(12, 16), 1.48172071);
-  EXPECT_EQ(MndoDPairExponent(13, 17), 0);
+// The pair exponents of the core-core term that MNDO/d fitted for the bonds
+// of Na, Mg and Al, seen through MOPAC 22's own MNDOD heats (1SCF, same
+// geometries): NaH, MgS and a bridged Al2H2.
+TEST(engineDOrbitals, PairExponentsOfSodiumMagnesiumAndAluminiumAgainstMopac) {
+  struct Case {
+    const char* name;
+    std::vector<int> z;
+    std::vector<std::array<double, 3>> x;
+    double mopacKcal;
+  };
+  const Case cases[] = {
+      {"NaH", {11, 1}, {{0, 0, 0}, {0, 0, 1.90}}, 34.55900},
+      {"MgS", {12, 16}, {{0, 0, 0}, {0, 0, 2.15}}, 49.36947},
+      {"Al2H2", {13, 13, 1, 1}, {{0, 0, 0}, {0, 0, 2.60}, {0, 1.6, -0.2}, {0, -1.6, 2.8}}, 105.25621},
+  };
+  EngineOptions builtin;
+  builtin.parameterFile = "";
+  builtin.printLevel = 0;
+  for (const Case& c : cases) {
+    const EngineResult r = EngineRun(EngineMethod::MNDOD, c.z, c.x, 0, 1, false, nullptr, builtin);
+    EXPECT_NEAR(r.heatKcal, c.mopacKcal, 0.05) << c.name;
+  }
 }

@@ -281,6 +281,22 @@ TEST(GamessChangedLogs, AnUnreadableFieldStopsTheRun) {
   }
 }
 
+// A search-point heading with no coordinates below it (the log cut there,
+// or cut inside the block) has no geometry to go on with: a fatal read error.
+TEST(GamessChangedLogs, AHeadingWithoutCoordinatesStopsTheRun) {
+  SKIP_WITHOUT_TESTDATA();
+  const std::string gopt = ReadFile(TestData("pcgamess/dvb_gopt_v6.log"));
+  const size_t heading = gopt.find("1NSERCH=", gopt.find("1NSERCH=") + 1);
+  ASSERT_NE(heading, std::string::npos);
+  const size_t block = gopt.find("COORDINATES OF ALL ATOMS", heading);
+  for (size_t cut : {gopt.find('\n', heading) + 1, gopt.find('\n', block) + 1}) {
+    TextRun run(gopt.substr(0, cut));
+    EXPECT_EQ(run.r.status, exit_status::ReadError);
+    EXPECT_NE(run.r.console.find(" FATAL READ ERROR"), std::string::npos) << run.r.console;
+    EXPECT_NE(run.r.console.find("COORDINATES OF ALL ATOMS"), std::string::npos) << run.r.console;
+  }
+}
+
 // ---- Made logs --------------------------------------------------------------------------
 
 namespace {

@@ -270,3 +270,32 @@ TEST(Gxyz, OneBlockWithoutLabelAndOwnTemplate) {
   bad.pattern.gxyzSkip = 1;
   EXPECT_THROW(Read(bad, dir.Write("b.txt", "t\n1;O;0.0;0.0;zero\n"), ReadGxyz), FatalReadError);
 }
+
+// The batch flag of GXYZ: the dialog's template, skip and label by default;
+// its own order and skip, and "@" alone for one block from the top.
+TEST(Gxyz, BatchFlag) {
+  TempDir dir;
+  const std::string xyz = dir.Write("w.xyz", "3\nwater\nO 0.0 0.0 0.1173\nH 0.0 0.7572 -0.4692\nH 0.0 -0.7572 -0.4692\n");
+  struct Case {
+    std::vector<std::string> args;
+    int status, sets;
+  };
+  const Case cases[] = {
+      {{TestInput("water_gxyz.txt"), "/GXYZ", "/0"}, 0, 2},
+      {{xyz, "/GXYZNXYZ@", "/0"}, 0, 1},
+      {{xyz, "/GXYZ n x y z:2@", "/0"}, 0, 1},
+      {{xyz, "/GXYZDNXYZ:1@", "/0"}, exit_status::ReadError, 0},  // "water" is no coordinate row
+      {{xyz, "/GXYZNXY@", "/0"}, exit_status::ReadError, 0},
+      {{xyz, "/GXYZNXYZ:two@", "/0"}, exit_status::ReadError, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.args[1]);
+    Session s;
+    const RunResult r = RunInProcess(s, c.args);
+    EXPECT_EQ(r.status, c.status) << r.console;
+    if (c.status != 0) continue;
+    EXPECT_EQ(s.opt.formatCode, FormatCode::Gxyz);
+    EXPECT_EQ(s.iCyc, c.sets);
+    ASSERT_NO_FATAL_FAILURE(ExpectWater(s, 1));
+  }
+}

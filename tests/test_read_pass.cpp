@@ -173,7 +173,8 @@ TEST(FinishingStage, MassesNamesAndCycleTable) {
   s.Set(0).gmax = 0.01, s.Set(1).gmax = 0.002, s.Set(2).gmax = 0.0;
   s.Set(0).grms = 2.0e9;
   std::string log = Finish(s);
-  EXPECT_EQ(s.atomName, (std::vector<std::string>{"O1", "H2", "XY3", "4"}));
+  // Neodymium and thorium by their IUPAC symbols.
+  EXPECT_EQ(s.atomName, (std::vector<std::string>{"O1", "H2", "Nd3", "Th4"}));
   EXPECT_DOUBLE_EQ(s.atomMass.at(1), 1.00782);  // the readers' table
   EXPECT_DOUBLE_EQ(s.atomMass.at(2), 141.9077);
   EXPECT_DOUBLE_EQ(s.molMass, 15.99491 + 1.00782 + 141.9077 + 232.0381);

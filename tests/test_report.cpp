@@ -244,4 +244,8 @@ TEST(Report, StoichiometryInHillOrder) {
   Session w;
   w.elementCount[8] = 1, w.elementCount[1] = 2;
   EXPECT_EQ(Stoichiometry(w), "H2O");  // without carbon: alphabetical
+  // Lanthanides and actinides by their IUPAC symbols: ThO2 with a neodymium.
+  Session f;
+  f.elementCount[60] = 1, f.elementCount[90] = 1, f.elementCount[8] = 2;
+  EXPECT_EQ(Stoichiometry(f), "NdO2Th");
 }

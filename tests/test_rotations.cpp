@@ -184,17 +184,6 @@ TEST(IntRotMat, TurnsAboutTheAxisCounterClockwise) {
   EXPECT_THROW(IntRotMat({1, 2, 3}, {1, 2, 3}, 10.0), RotationAxisError);
 }
 
-struct ThresholdCase {
-  std::vector<double> c;
-  bool marked;
-};
-class Threshold : public ::testing::TestWithParam<ThresholdCase> {};
-TEST_P(Threshold, SumOfAbsoluteCoefficients) { EXPECT_EQ(ReachesIntRotThreshold(GetParam().c), GetParam().marked); }
-INSTANTIATE_TEST_SUITE_P(Cases, Threshold,
-                         ::testing::Values(ThresholdCase{{0.5}, true}, ThresholdCase{{0.25, -0.25}, true},
-                                           ThresholdCase{{0.4999}, false}, ThresholdCase{{-0.3, 0.1}, false}),
-                         [](const auto& info) { return "Case" + std::to_string(info.index); });
-
 TEST(KinematicMatrix, OneRotorIsPitzersReducedMoment) {
   // A bent, asymmetric frame with an off-axis top: I(**) below I(*).
   const std::vector<double> m{12.0, 12.0, 1.0, 1.0, 16.0, 1.0};

@@ -2,8 +2,12 @@
 // output names and exit statuses, in-process and as a separate process.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "app/command_line.h"
 #include "app/run.h"
@@ -27,6 +31,61 @@ TEST(RunStartUp, MissingInputUnderBatchMode) {
 
   EXPECT_EQ(RunInProcess({"/0"}).status, exit_status::NoInput);  // "/0" first is the file name
   EXPECT_EQ(RunInProcess({}).status, exit_status::NoInput);
+}
+
+// A windowed run on a missing input asks whether to build a new structure;
+// Yes goes to the viewer with no atoms and the MainLog under the input's own
+// name, No stops silently.
+TEST(RunStartUp, MissingInputInAWindowedRunOffersANewStructure) {
+  TempDir dir;
+  struct Case {
+    std::vector<std::string> args;
+    bool yes;
+    std::string typed;     // the answer to the name prompt
+    std::string logFile;   // the MainLog of the new structure, "" for none
+  };
+  const Case cases[] = {
+      {{dir.File("new.log")}, true, "", dir.File("new.log")},
+      {{}, true, dir.File("typed.inp"), dir.File("typed.inp")},
+      {{dir.File("no.log")}, false, "", ""},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> asked;
+    int atomsInViewer = -1;
+    Frontend windows;
+    windows.hasDisplay = [] { return true; };
+    windows.askYesNo = [&](const std::string& q) { asked.push_back(q); return c.yes; };
+    windows.askText = [&](const std::string& q, const std::string& value) {
+      asked.push_back(q + "|" + value);
+      return c.typed;
+    };
+    windows.interact = [&](Session& s) { atomsInViewer = s.nAtoms; return true; };
+    windows.snapshot = [](Session&, const std::string&) { return false; };
+    Session s;
+    std::ostringstream console;
+    s.console = &console;
+    const int status = RunQuintor(s, c.args, &windows);
+    const std::string name = c.args.empty() ? "" : c.args[0];
+    ASSERT_FALSE(asked.empty());
+    EXPECT_EQ(asked[0], "File " + name + " does not exist. Do you want to create a new structure?");
+    if (!c.yes) {
+      EXPECT_EQ(status, exit_status::NoInput);
+      EXPECT_EQ(asked.size(), 1u);
+      EXPECT_EQ(atomsInViewer, -1);
+      EXPECT_TRUE(fs::is_empty(dir.path) || !fs::exists(dir.File("no.mou")));
+      continue;
+    }
+    EXPECT_EQ(status, exit_status::Ok) << console.str();
+    if (c.args.empty()) {
+      ASSERT_EQ(asked.size(), 2u);
+      EXPECT_EQ(asked[1], "File name should be given. Please specify it now:|Molecule.inp");
+    }
+    EXPECT_EQ(atomsInViewer, 0);
+    ASSERT_TRUE(fs::exists(c.logFile));
+    const std::string log = ReadFile(c.logFile);
+    EXPECT_NE(log.find("*                   QUINTOR v.2.5                     *"), std::string::npos) << log;
+    EXPECT_EQ(log.find("THERMOCHEMICAL"), std::string::npos);  // no evaluation without atoms
+  }
 }
 
 TEST(RunStartUp, HeadOfTheMainLog) {
@@ -172,4 +231,29 @@ TEST(ExitStatus, SeparateProcessNeverDiesOnASignal) {
     EXPECT_NE(r.output.find(c.text), std::string::npos) << r.output;
   }
   EXPECT_EQ(ReadFile(input), kGaussian98);
+}
+
+// In a windowed run the read pass's lines go also to the Message window:
+// the start, the files, the format detected; under /0 there is none.
+TEST(RunStartUp, ReadPassLinesReachTheMessageWindow) {
+  SKIP_WITHOUT_TESTDATA();
+  TempDir dir;
+  const std::string log = dir.File("water.log");
+  fs::copy_file(TestData("gaussian16/water_opt_freq.log"), log);
+  std::vector<std::string> shown;
+  Frontend windows;
+  windows.hasDisplay = [] { return true; };
+  windows.interact = [&](Session& s) { shown = s.messages; return false; };
+  windows.snapshot = [](Session&, const std::string&) { return false; };
+  Session s;
+  std::ostringstream console;
+  s.console = &console;
+  ASSERT_EQ(RunQuintor(s, {log}, &windows), 0) << console.str();
+  for (const std::string& line : {std::string(" *** Reading the data ***"), " Input file              :" + log,
+                                  " Output file             :" + dir.File("water.mou"),
+                                  std::string(" TD specifications file  :none"), std::string(" Gaussian 16 detected")})
+    EXPECT_NE(std::find(shown.begin(), shown.end(), line), shown.end()) << line;
+  Session batch;
+  EXPECT_EQ(RunInProcess(batch, {log, "/0"}).status, 0);
+  EXPECT_TRUE(batch.messages.empty());
 }

@@ -64,24 +64,6 @@ TEST(Scene, ProjectedPositionsAndRadiiForAKnownView) {
   }
 }
 
-TEST(Scene, ColoursAndRadiiOfTheElements) {
-  struct Case {
-    int z;
-    Rgb colour;
-    double ball, mark;
-  };
-  const Case cases[] = {
-      {1, {255, 255, 255}, 0.09, 0.18}, {6, {0, 255, 255}, 0.18, 0.30}, {8, {255, 0, 0}, 0.18, 0.30},
-      {2, {220, 220, 216}, 0.18, 0.30}, {56, {220, 216, 220}, 0.18, 0.30}, {98, {220, 216, 52}, 0.06, 0.15},
-      {99, {220, 216, 48}, 0.12, 0.24}, {105, {200, 200, 200}, 0.18, 0.30}, {22, {180, 200, 220}, 0.18, 0.30},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(ElementColour(c.z), c.colour) << c.z;
-    EXPECT_EQ(BallRadius(c.z), c.ball) << c.z;
-    EXPECT_EQ(MarkRadius(c.z), c.mark) << c.z;
-  }
-}
-
 TEST(Scene, DepthOrderFarToNearAndNumberOrderWithoutBalls) {
   struct Case {
     int balls;

@@ -95,6 +95,47 @@ TEST(ViewerKeys, ScriptedSequenceLeavesTheDocumentedState) {
   EXPECT_EQ(DispatchKey(s, v, Plain('q'), prompts).ending, Ending::Exit);
 }
 
+// Keys 0 then 7 go to set -1 and show its geometry, the starting one; a set
+// -1 the log never filled shows its atoms at the origin, not set 0's.
+TEST(ViewerKeys, FirstThenPreviousShowsTheStartingGeometry) {
+  for (bool filled : {true, false}) {
+    Session s;
+    ViewerState v;
+    FourSets(s);
+    if (filled)
+      for (const Vec3& r : s.Set(0).xyz) s.Set(-1).xyz.push_back({r[0], r[1] + 1.0, r[2]});
+    StartViewer(s, v);
+    LoadCoordinateSet(s, v);
+    ScriptedPrompts p;
+    DispatchKey(s, v, Plain('0'), p);
+    DispatchKey(s, v, Plain('7'), p);
+    ASSERT_EQ(v.currentSet, -1);
+    EXPECT_EQ(v.setLine.substr(0, 12), " Step No. -1");
+    for (int i = 0; i < s.nAtoms; ++i) {
+      const Vec3 want = filled ? s.Set(-1).xyz[i] : Vec3{};
+      for (int k = 0; k < 3; ++k) EXPECT_DOUBLE_EQ(s.xyz[i][k], want[k]) << filled << " atom " << i;
+    }
+  }
+}
+
+// A seventeenth neighbour is not stored, and the Message window says so.
+TEST(ViewerKeys, SeventeenthNeighbourIsReported) {
+  Session s;
+  std::vector<HandAtom> atoms{{6, "C", {0, 0, 0}}};
+  for (int k = 0; k < 17; ++k) {
+    const double a = 2 * constants::Pi * k / 17;
+    atoms.push_back({1, "H", {1.9 * std::cos(a), 1.9 * std::sin(a), 0}});
+  }
+  HandMolecule(s, atoms);
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  EXPECT_EQ(v.bonds[0].size(), 16u);
+  EXPECT_EQ(v.bonds[0].back(), 17);
+  ASSERT_FALSE(v.messages.empty());
+  EXPECT_EQ(v.messages.front(), " Number of bonds exceeded! Atoms in .MOl:   1  18");
+}
+
 TEST(ViewerKeys, PromptsStepsAndReset) {
   Session s;
   ViewerState v;

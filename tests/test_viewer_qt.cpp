@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTimer>
 
 #include "viewer/commands.h"
@@ -151,6 +152,26 @@ TEST(ViewerQt, MainWindowHasThreePanesAndTakesKeys) {
   EXPECT_EQ(window.ending(), Ending::Exit);
   EXPECT_FALSE(window.isVisible());
   if (const char* shot = std::getenv("QUINTOR_WINDOW_SHOT")) window.grab().save(shot);
+}
+
+// At the default size of the frame every line of the longest help (a run
+// with vibrations) shows without scrolling.
+TEST(ViewerQt, HelpFitsTheDefaultFrame) {
+  EnsureQtApplication(true);
+  Session s;
+  Formaldehydeish(s);
+  s.modes.resize(6);
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  ASSERT_TRUE(v.hasVibrations);
+  ViewerWindow window(s, v);
+  window.show();
+  QApplication::processEvents();
+  EXPECT_EQ(window.size(), QSize(1280, 1024));
+  EXPECT_EQ(window.keysPane()->verticalScrollBar()->maximum(), 0)
+      << window.keysPane()->height() << " px for " << v.help.size() << " lines";
+  window.close();
 }
 
 TEST(ViewerQt, InputDialogTakesTheFieldWhicheverButtonClosesIt) {

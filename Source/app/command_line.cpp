@@ -19,7 +19,7 @@ namespace {
 // /CHARGE are tested before /C as /CFOUR is.
 enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
-  GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
+  GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, GXYZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
   CHARGE, ENGINE, HOF, GEOOPT, SCAN
 };
@@ -29,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 54> kOptions = {{
+constexpr std::array<OptionWord, 55> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -43,7 +43,7 @@ constexpr std::array<OptionWord, 54> kOptions = {{
     {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
     {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
     {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
-    {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},
+    {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},      {"/GXYZ", Opt::GXYZ},
 }};
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -81,6 +81,26 @@ bool SkipAndLabel(Session& s, std::string_view value, const ValueReader& r) {
   r.Int(value.substr(0, at), s.opt.skipLines);
   s.opt.label = Cut(CopyWord(value.substr(at + 1)), MaxLabel);
   return true;
+}
+
+// /GXYZ[order][:skip][@label] (our own; the file-format dialog's GXYZ for a
+// batch run): the column template (letters N, X, Y, Z and any other for a
+// column skipped), the lines skipped behind each label, and the label. Without
+// "@" the dialog's label stands; "@" alone reads one block from the top.
+void GxyzOption(Session& s, std::string_view value, const ValueReader& r) {
+  InputPattern& p = s.pattern;
+  const size_t at = value.find('@');
+  const std::string_view head = value.substr(0, at);
+  const size_t colon = head.find(':');
+  const std::string order(Trim(head.substr(0, colon)));
+  if (!order.empty()) {
+    for (char c : std::string_view("XYZ"))
+      if (order.find(c) == std::string::npos) throw FatalReadError(r.Place(), order);
+    p.gxyzTemplate = order;
+  }
+  if (colon != std::string_view::npos) r.Int(head.substr(colon + 1), p.gxyzSkip);
+  if (at != std::string_view::npos) p.gxyzLabel = Cut(Trim(value.substr(at + 1)), MaxLabel);
+  s.opt.formatCode = FormatCode::Gxyz;
 }
 
 std::string Replace(std::string text, std::string_view from, char to) {
@@ -172,6 +192,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       o.formatCode = FormatCode::GaussianZMatrix;
       if (SkipAndLabel(s, value, r)) o.labelFieldOrder = 3;
       break;
+    case Opt::GXYZ: GxyzOption(s, value, r); break;
     case Opt::PAT:
       o.formatCode = FormatCode::Pattern;
       o.patternName = Cut(Trim(value), MaxLabel);
@@ -309,6 +330,9 @@ std::string UsageText() {
       "   /dnxyz<N>[@label] - XYZ input, columns: dummy symbol X Y Z\n"
       "   /gz<N>[@label] - Gaussian Z-matrix input\n"
       "   /pat<name> - read the input by the pattern <name> of the configuration file\n"
+      "   /gxyz[order][:N][@label] - generalized XYZ: column order (default DNXYZ), N lines skipped\n"
+      "       behind each label (default 2); without @ the label COORDINATES OF ALL ATOMS ARE,\n"
+      "       @ alone one block from the top of the file\n"
       "   /g94, /g98, /g03, /g09 - Gaussian 94, 98, 03, 09 log\n"
       "   /gam4, /gam5, /gam7 - PC GAMESS v.4, GAMESS v.5 and 6, PC GAMESS v.7 log\n"
       "   /gamus - current GAMESS(US) log\n"

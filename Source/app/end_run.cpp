@@ -61,7 +61,9 @@ void FinishLog(Session& s) {
   s.log.Line("                :" + FmtF(r[2][0], 10, 5) + FmtF(r[2][1], 10, 5) + FmtF(r[2][2], 10, 5));
   s.log.Line(" View Angles    :" + FmtF(angles[0], 10, 1) + FmtF(angles[1], 10, 1) + FmtF(angles[2], 10, 1));
   s.log.Line(" ShiftX,Y, Zoom :" + FmtF(s.view.shiftX, 10, 5) + FmtF(s.view.shiftY, 10, 5) + FmtF(s.view.zoom, 10, 5));
-  std::string command = "/v" + FmtF(angles[0], 6, 1) + ":" + FmtF(angles[1], 6, 1) + ":" + FmtF(angles[2], 6, 1) +
+  // The command's angles are those /V reads back, not the View Angles above.
+  const Vec3 turn = ViewCommandAngles(r);
+  std::string command = "/v" + FmtF(turn[0], 6, 1) + ":" + FmtF(turn[1], 6, 1) + ":" + FmtF(turn[2], 6, 1) +
                         ":" + FmtF(s.view.shiftX, 6, 2) + ":" + FmtF(s.view.shiftY, 6, 2) + ":" +
                         FmtF(s.view.zoom, 6, 2);
   command.erase(std::remove(command.begin(), command.end(), ' '), command.end());

@@ -94,14 +94,55 @@ std::string ScratchLogName() {
   return (dir / ("quintor_" + std::to_string(::getpid()) + ".mou")).string();
 }
 
+// A windowed run on an input that does not exist: the user may build a new
+// structure instead. True when he chose to; the input name is then settled
+// (asked for when blank).
+bool AskForNewStructure(Session& s, const Frontend& frontend) {
+  RunFiles& f = s.files;
+  if (!frontend.askYesNo ||
+      !frontend.askYesNo("File " + std::string(Trim(f.inputName)) +
+                         " does not exist. Do you want to create a new structure?"))
+    return false;
+  if (Trim(f.inputName).empty() && frontend.askText)
+    f.inputName = frontend.askText("File name should be given. Please specify it now:", "Molecule.inp");
+  if (Trim(f.inputName).empty()) f.inputName = "Molecule.inp";
+  return true;
+}
+
+// The MainLog of a new structure is the input name itself: the file that the
+// viewer's work leaves is a log the program reads back.
+bool StartNewStructure(Session& s, int& status) {
+  RunFiles& f = s.files;
+  f.logName = f.inputName;
+  f.tdoName = DerivedName(f.inputName, ".tdo");
+  if (!s.log.Open(s.opt.noLog ? (f.scratchLog = ScratchLogName()) : f.logName)) {
+    s.Console() << " Can not open output file " << f.logName << "\n";
+    status = exit_status::CanNotWrite;
+    return false;
+  }
+  WriteBanner(s);
+  f.currentDir = CurrentDir();
+  return true;
+}
+
 // Start-up up to the read pass. Returns false when the run ended here, with
-// `status` set.
-bool StartUp(Session& s, LineReader& in, int& status) {
+// `status` set. `newStructure` is set when a windowed run on a missing input
+// goes to the viewer with no atoms instead.
+bool StartUp(Session& s, LineReader& in, int& status, const Frontend* windows, bool& newStructure) {
   TakeHomeDir(s);
   ReadConfig(s);
   CheckFragmentDb(s);
 
   RunFiles& f = s.files;
+  StatusMessage(s, " *** Reading the data ***");
+  if (windows && windows->hasDisplay() && !Exists(f.inputName)) {
+    if (!AskForNewStructure(s, *windows)) {  // No: a silent stop
+      status = exit_status::NoInput;
+      return false;
+    }
+    newStructure = !Exists(f.inputName);
+    if (newStructure) return StartNewStructure(s, status);
+  }
   if (Trim(f.inputName).empty()) {
     s.Console() << " No input file given. Usage: quintor <input file> [flags]; quintor --help lists the flags.\n";
     status = exit_status::NoInput;
@@ -118,6 +159,7 @@ bool StartUp(Session& s, LineReader& in, int& status) {
     return false;
   }
 
+  StatusMessage(s, " Input file              :" + f.inputName.substr(0, 228));
   f.logName = DerivedName(f.inputName, ".mou");
   f.tdoName = DerivedName(f.inputName, ".tdo");
   std::string logFile = f.logName;
@@ -129,18 +171,23 @@ bool StartUp(Session& s, LineReader& in, int& status) {
   }
 
   WriteBanner(s);
+  StatusMessage(s, " Output file             :" + f.logName.substr(0, 228));
   s.log.Line(" Input file              :" + std::string(Trim(f.inputName)));
   s.log.Line(" Output file             :" + std::string(Trim(f.logName)));
   f.baseName = BaseName(f.inputName);
 
   if (!s.opt.specNameExplicit) f.specName = ReplaceExtension(true, f.inputName, ".tdi");
   if (!Exists(f.specName)) {
-    if (s.opt.specNameExplicit)
+    if (s.opt.specNameExplicit) {
       s.log.Line(" WARNING!!! Requested specification file not found: " + std::string(Trim(f.specName)));
-    else
+      StatusMessage(s, " WARNING!!! Requested specification file not found: " + f.specName.substr(0, 201));
+    } else {
       s.log.Line(" TD specifications file  :none");
+      StatusMessage(s, " TD specifications file  :none");
+    }
   } else {
     s.log.Line(" Specification file      :" + std::string(Trim(f.specName)));
+    StatusMessage(s, " Specification file      :" + f.specName.substr(0, 228));
   }
 
   f.currentDir = CurrentDir();
@@ -204,12 +251,19 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
         break;
     }
     int status = exit_status::Ok;
-    if (!StartUp(s, in, status)) return Stop(s, status);
+    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty();
+    bool newStructure = false;
+    if (!StartUp(s, in, status, windowed ? frontend : nullptr, newStructure)) return Stop(s, status);
     // Windows are needed before the read pass; without a display the run
     // stops here, not inside the window system.
-    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty();
     if (windowed && !frontend->hasDisplay())
       return StopWithMessage(s, " ERROR! No display: use /0 for a batch run", exit_status::NoDisplay);
+    if (newStructure) {  // no atoms, no report: the structure is built in the viewer
+      s.view = StartingView(s.opt);
+      frontend->interact(s);
+      s.opt.doThermo = false;  // nothing to evaluate without atoms
+      return EndRun(s);
+    }
     ReadPass(s, in, [&s] {
       s.Console() << " Exit? ([Y]/N) -->" << std::flush;
       const int key = s.Keyboard().get();

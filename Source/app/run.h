@@ -20,6 +20,10 @@ struct Frontend {
   // Draws the starting view of the last set into a PNG file; false when
   // the file could not be written.
   std::function<bool(Session&, const std::string&)> snapshot;
+  // The "Confirmation" and "Input new value" prompts before the windows are
+  // up (a missing input); none means No and the value as offered.
+  std::function<bool(const std::string&)> askYesNo;
+  std::function<std::string(const std::string&, const std::string&)> askText;
 };
 
 // Runs a session from the command-line arguments (without the program name)

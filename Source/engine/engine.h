@@ -55,13 +55,13 @@ struct EngineResult {
   std::vector<double> density;  // the final density (bond order) matrix, full n x n
 };
 
-// Runs one calculation. Coordinates in angstroms. `report` receives the
-// engine's report when printLevel >= 1 (may be null).
 // The multiplicity when none was given: a closed shell, or a doublet when
 // the electrons are odd (the valence electrons have the parity of the
 // nuclear charges).
 int DefaultMultiplicity(const std::vector<int>& atomicNumbers, int charge);
 
+// Runs one calculation. Coordinates in angstroms. `report` receives the
+// engine's report when printLevel >= 1 (may be null).
 EngineResult EngineRun(EngineMethod method, const std::vector<int>& atomicNumbers,
                        const std::vector<std::array<double, 3>>& coordsAngstrom, int charge, int multiplicity,
                        bool print, std::ostream* report, const EngineOptions& options = {});

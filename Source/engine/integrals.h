@@ -25,7 +25,6 @@ struct PairIntegrals {
   double coreCore = 0;                // eV
 };
 
-// xa, xb in angstroms.
 // AM1's own Gaussian terms of a bond of boron to hydrogen, carbon or a
 // halogen, which stand in place of boron's; null for any other pair.
 struct BoronPair {
@@ -33,6 +32,7 @@ struct BoronPair {
 };
 const BoronPair* Am1BoronPair(int za, int zb);
 
+// xa, xb in angstroms.
 PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
                           const std::array<double, 3>& xb);
 

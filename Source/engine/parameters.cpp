@@ -265,9 +265,10 @@ ParameterSet LoadParameters(EngineMethod method, const std::string& path) {
 
 namespace {
 
-// Charge separation of a multipole whose one-centre self-interaction must
-// reproduce the integral `target` (in hartree): a secant search on the
-// additive term, as the methods' papers define AD and AQ.
+// The additive term AD (bohr) of the dipole of charge separation `dd` (bohr)
+// whose one-centre self-interaction reproduces HSP (`hsp`, hartree): a secant
+// search, as the methods' papers define it. QuadrupoleAdditive does the same
+// for AQ from QQ and HPP.
 double DipoleAdditive(double dd, double hsp) {
   double d1 = std::cbrt(hsp / (dd * dd));
   double d2 = d1 + 0.04;

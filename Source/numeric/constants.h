@@ -1,4 +1,6 @@
-// Physical constants and length units: every module uses these and no others.
+// Physical constants and length units of the program. The engine keeps
+// MOPAC's own set (engine/constants.h), so that its heats of formation agree
+// with MOPAC; everything else takes its constants from here.
 #pragma once
 
 namespace quintor {

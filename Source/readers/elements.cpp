@@ -16,11 +16,11 @@ constexpr std::array<std::string_view, 111> kSymbols = {
     "Sc", "Ti", "V ", "Cr", "Mn", "Fe", "Co", "Ni", "Cu", "Zn",        // 21-30
     "Ga", "Ge", "As", "Se", "Br", "Kr", "Rb", "Sr", "Y ", "Zr",        // 31-40
     "Nb", "Mo", "Tc", "Ru", "Rh", "Pd", "Ag", "Cd", "In", "Sn",        // 41-50
-    "Sb", "Te", "I ", "Xe", "Cs", "Ba", "La", "XY", "XY", "XY",        // 51-60
-    "XY", "XY", "XY", "XY", "XY", "XY", "XY", "XY", "XY", "XY",        // 61-70
-    "XY", "Hf", "Ta", "W ", "Re", "Os", "Ir", "Pt", "Au", "Hg",        // 71-80
-    "Tl", "Pb", "Bi", "Po", "At", "Rn", "  ", "  ", "  ", "  ",        // 81-90
-    "  ", "  ", "  ", "  ", "  ", "  ", "X ", "Xx", "Du", "Du",        // 91-100
+    "Sb", "Te", "I ", "Xe", "Cs", "Ba", "La", "Ce", "Pr", "Nd",        // 51-60
+    "Pm", "Sm", "Eu", "Gd", "Tb", "Dy", "Ho", "Er", "Tm", "Yb",        // 61-70
+    "Lu", "Hf", "Ta", "W ", "Re", "Os", "Ir", "Pt", "Au", "Hg",        // 71-80
+    "Tl", "Pb", "Bi", "Po", "At", "Rn", "Fr", "Ra", "Ac", "Th",        // 81-90
+    "Pa", "U ", "Np", "Pu", "Am", "Cm", "X ", "Xx", "Du", "Du",        // 91-100
     "Du", "Du", "Du", "Du", "Du", "Du", "Du", "Du", "Du", "Du"};       // 101-110
 
 constexpr std::array<double, 105> kMasses = {

@@ -6,9 +6,10 @@
 
 namespace quintor {
 
-// Two-character symbol of nuclear charge z (1..110), space-padded. The table
-// is irregular on purpose: 58..71 all read "XY", 87..96 are blank, 97 is "X ",
-// 98 is "Xx" and 99..110 are "Du" (99 is the dummy atom). Outside 1..110: "  ".
+// Two-character symbol of nuclear charge z (1..110), space-padded: the IUPAC
+// symbols up to curium (96). 97 and 98 hold "X " and "Xx" and 99..110 "Du",
+// the names of dummy atoms in inputs (a Gaussian dummy, -1, is stored as 99).
+// Outside 1..110: "  ".
 std::string_view ElementSymbol(int z);
 
 // Mass of the most abundant isotope of charge z in amu (39.948 for argon, by

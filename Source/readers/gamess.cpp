@@ -204,20 +204,25 @@ struct GamessReader {
   }
 
   // A search point or a located geometry: the geometry is the "COORDINATES OF
-  // ALL ATOMS" block below the heading, in Angstrom.
+  // ALL ATOMS" block below the heading, in Angstrom. A heading with no block
+  // below it, or a file cut inside the block, is a fatal read error: there is
+  // no geometry to go on with.
   void ReadGeometry(std::string_view heading) {
     std::string_view line = heading;
-    while (!Contains(line, "COORDINATES OF ALL ATOMS"))
-      if (!in.Next(line)) return;  // a file that ends here has no further geometry
+    auto next = [&] {
+      if (!in.Next(line)) throw FatalReadError(PlaceIn(in, "COORDINATES OF ALL ATOMS"), "end of file");
+    };
+    while (!Contains(line, "COORDINATES OF ALL ATOMS")) next();
     StartGeometry(s);
     s.log.Line();
     s.log.Line(" NSEARCH =" + FmtI(s.iCyc, 5));
     s.log.Line(TrimRight(line));
     for (int k = 0; k < 2; ++k) {
-      if (!in.Next(line)) return;
+      next();
       s.log.Line(TrimRight(line));
     }
-    while (in.Next(line)) {
+    for (;;) {
+      next();
       s.log.Line(TrimRight(line));
       if (Contains(line, "-----") || Contains(line, ".....") || Trim(Columns(line, 1, 5)).empty()) break;
       const int z = NuclearNumber(line);

@@ -103,6 +103,7 @@ void ReadPlainXyz(Session& s, LineReader& in) {
   in.Rewind();
   in.Skip(s.opt.skipLines);
   s.log.Line(" XYZ file input requested");
+  StatusMessage(s, " XYZ file input requested");
   // The one geometry of the file is the starting set -1; iCyc stays there.
   s.iCyc = -1;
   s.nAtoms = 0;
@@ -181,6 +182,7 @@ void ReadPatternInput(Session& s, LineReader& in) {
   const std::string anchor(Trim(p.energyPattern));
   const bool readEnergy = p.readEnergy > 0 && !anchor.empty();
   s.log.Line(" Input by label requested");
+  StatusMessage(s, " Input by label requested");
 
   // An energy found before the label of a geometry, or among the lines
   // skipped behind it, goes to set iCyc plus the pattern's shift.

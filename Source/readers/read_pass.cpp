@@ -156,6 +156,7 @@ FormatCode DetectFormat(Session& s, LineReader& in) {
     if (!b) continue;
     if (b->code == kLookAhead) b = &LookAheadForPcGamess(in);
     s.log.Line(b->message);
+    StatusMessage(s, b->message);
     s.opt.formatCode = b->code;
     if (IsGaussianLog(b->code)) AnnounceOrientation(s);
     return b->code;
@@ -169,6 +170,7 @@ void ReadPass(Session& s, LineReader& in, const GoOnWithoutCoordinates& goOn) {
     code = DetectFormat(s, in);
   } else if (IsLineDriven(code)) {
     s.log.Line(RequestedMessage(code));
+    StatusMessage(s, RequestedMessage(code));
   }
   if (IsGaussianLog(code)) {
     ReadGaussianLog(s, in);

@@ -287,6 +287,7 @@ void CheckDistances(Session& s, const ZMatrix& zm, const std::vector<Vec3>& pos)
 
 void ReadGaussianZMatrix(Session& s, LineReader& in) {
   s.log.Line(" Gaussian Z-matrix input requested");
+  StatusMessage(s, " Gaussian Z-matrix input requested");
   in.Rewind();
   std::string_view line;
   const std::string label = Upper(Trim(s.opt.label));

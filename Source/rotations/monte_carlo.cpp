@@ -22,7 +22,7 @@ namespace rc = constants;
 namespace {
 
 // Boltzmann weights take 1/(RT) in Hartree with this factor per kJ/mol; it is
-// not the thermochemistry's Hartree factor, and is kept as it is.
+// 1/HartreeToKJPerMol (not the thermochemistry's 0.00038088897), kept as it is.
 constexpr double kKJToHartreeMC = 0.0003809083380231225;
 constexpr double kHartreeJPerMol = rc::HartreeToKJPerMol * 1000.0;
 

@@ -189,7 +189,10 @@ void Rotational(Session& s, ThermoState& t, bool quiet) {
   I1 *= toSI;
   I2 *= toSI;
   I3 *= toSI;
-  if (!quiet) s.log.Line(t.linear ? " Linear molecule" : " Non-linear molecule");
+  if (!quiet) {
+    s.log.Line(t.linear ? " Linear molecule" : " Non-linear molecule");
+    StatusMessage(s, t.linear ? " Linear molecule" : " Non-linear molecule");  // not under /0
+  }
 
   const double T = s.opt.temperature, sigma = s.opt.rotationNumber;
   const double R = GasConstant;

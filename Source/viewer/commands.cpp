@@ -155,11 +155,11 @@ std::vector<std::string> GeometryHelp(bool hasVibrations) {
 
 void LoadCoordinateSet(Session& s, ViewerState& v) {
   const CoordSet& set = s.Set(v.currentSet);
-  // A set that holds fewer atoms than the molecule (an index never filled)
-  // leaves the working coordinates as they are.
-  if (static_cast<int>(set.xyz.size()) >= s.nAtoms)
-    for (int i = 0; i < s.nAtoms; ++i) s.xyz[i] = set.xyz[i];
-  v.bonds = ViewerBonds(s);
+  // The set is copied whole. An atom it does not hold (set -1 of a log that
+  // printed no starting geometry) stands at the origin, as in a set never
+  // filled: what is on screen is always the set the row names.
+  for (int i = 0; i < s.nAtoms; ++i) s.xyz[i] = static_cast<size_t>(i) < set.xyz.size() ? set.xyz[i] : Vec3{};
+  v.bonds = ViewerBonds(s, &v.messages);
   Vec3 centre{};
   double mass = 0.0;
   for (int i = 0; i < s.nAtoms; ++i) {

@@ -126,7 +126,28 @@ Vec3 FinalViewAngles(const Mat3& r) {
   return {first / constants::DegToRad, mid / constants::DegToRad, third / constants::DegToRad};
 }
 
-std::vector<std::vector<int>> ViewerBonds(const Session& s) {
+Vec3 ViewCommandAngles(const Mat3& r) {
+  // R = Rx(a) Ry(b) Rz(g): R13 = sin b, R23 = -cos b sin a, R33 = cos b cos a,
+  // R12 = -cos b sin g, R11 = cos b cos g.
+  const double cb = std::hypot(r[1][2], r[2][2]);
+  const double bet = std::atan2(r[0][2], cb);
+  double alp, gam;
+  if (cb > 1e-9) {
+    alp = std::atan2(-r[1][2], r[2][2]);
+    gam = std::atan2(-r[0][1], r[0][0]);
+  } else {  // b = +-90 degrees: only a + g or a - g is fixed; a = 0
+    alp = 0.0;
+    gam = std::atan2(r[1][0], r[1][1]);
+  }
+  // An angle that prints as zero prints without a sign.
+  auto degrees = [](double rad) {
+    const double d = rad / constants::DegToRad;
+    return std::fabs(d) < 0.05 ? 0.0 : d;
+  };
+  return {degrees(alp), degrees(bet), degrees(gam)};
+}
+
+std::vector<std::vector<int>> ViewerBonds(const Session& s, std::vector<std::string>* dropped) {
   constexpr double kA = constants::BohrToAngstrom;
   std::vector<std::vector<int>> bonds(static_cast<size_t>(s.nAtoms));
   auto hPair = [](int a, int b) { return (a == 1 && (b == 7 || b == 8)) || (b == 1 && (a == 7 || a == 8)); };
@@ -138,7 +159,11 @@ std::vector<std::vector<int>> ViewerBonds(const Session& s) {
       for (int k = 0; k < 3; ++k) d2 += std::pow((s.xyz[i][k] - s.xyz[j][k]) * kA, 2);
       double limit = 1.15 * (BondRadius(zi) + BondRadius(zj));
       if (s.opt.showHBonds && hPair(zi, zj)) limit = s.opt.hBondLength;
-      if (std::sqrt(d2) <= limit && bonds[i].size() < 16) bonds[i].push_back(j + 1);
+      if (std::sqrt(d2) > limit) continue;
+      if (bonds[i].size() < 16)
+        bonds[i].push_back(j + 1);
+      else if (dropped)
+        dropped->push_back(" Number of bonds exceeded! Atoms in .MOl:" + FmtI(i + 1, 4) + FmtI(j + 1, 4));
     }
   }
   return bonds;

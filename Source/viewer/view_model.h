@@ -37,9 +37,17 @@ bool ReadViewFile(const std::string& path, ViewState& v);
 // the middle one from R(3,3) by arc cosine, the others by arc tangents.
 Vec3 FinalViewAngles(const Mat3& r);
 
+// The angles, in degrees, of the " View command" line: the exact inverse of
+// BuildViewMatrix (x, y, z turns in that order), so that the printed command,
+// given back as /V, builds the same matrix. The " View Angles" line keeps the
+// angles of FinalViewAngles, which /V does not read back.
+Vec3 ViewCommandAngles(const Mat3& r);
+
 // Bond partners of each atom (1-based) by the viewer's rule: 1.15 times the
 // sum of the bond radii, H...N/O up to the H-bond length when H-bonds are
-// shown; at most 16 partners, in rising order.
-std::vector<std::vector<int>> ViewerBonds(const Session& s);
+// shown; at most 16 partners, in rising order. Each partner beyond the 16th
+// adds " Number of bonds exceeded! Atoms in .MOl:" with the two atom numbers
+// to `dropped`, when given.
+std::vector<std::vector<int>> ViewerBonds(const Session& s, std::vector<std::string>* dropped = nullptr);
 
 }  // namespace quintor

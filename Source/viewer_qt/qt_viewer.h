@@ -23,6 +23,11 @@ void EnsureQtApplication(bool offscreen = false);
 // True when the end asked for the evaluation ("CalcTD and Quit").
 bool RunWindows(Session& s);
 
+// The "Confirmation" and "Input new value" dialogs on their own, before the
+// main window is up.
+bool AskYesNoDialog(const std::string& text);
+std::string AskTextDialog(const std::string& text, const std::string& value);
+
 // Paints the starting view of the last coordinate set into a PNG of the
 // view's default size (896 x 947), without a display.
 bool SnapView(Session& s, const std::string& pngFile);

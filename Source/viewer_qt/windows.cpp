@@ -1,11 +1,13 @@
 #include "viewer_qt/windows.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDialogButtonBox>
 #include <QDockWidget>
+#include <QFontMetrics>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,6 +16,9 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QStyle>
+#include <QTextDocument>
 #include <QTextCursor>
 #include <QVBoxLayout>
 
@@ -177,7 +182,13 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v) : s_(s), v_(v) {
   // The view takes seven tenths of the frame, the panes the rest.
   resize(1280, 1024);
   resizeDocks({messageDock}, {1280 * 3 / 10}, Qt::Horizontal);
-  resizeDocks({messageDock, keysDock}, {500, 500}, Qt::Vertical);
+  // The Control keys pane shows every line of the longest help without
+  // scrolling; the Message window takes the rest of the height.
+  const size_t helpLines = std::max(v.help.size(), GeometryHelp(true).size());
+  const int keysHeight = static_cast<int>(helpLines + 1) * QFontMetrics(PaneFont()).lineSpacing() +
+                         2 * (keys_->frameWidth() + static_cast<int>(keys_->document()->documentMargin())) +
+                         style()->pixelMetric(QStyle::PM_TitleBarHeight);
+  resizeDocks({messageDock, keysDock}, {std::max(1024 - 80 - keysHeight, 200), keysHeight}, Qt::Vertical);
   prompts_.parent = this;
   BuildMenus();
 
@@ -270,6 +281,18 @@ bool RunWindows(Session& s) {
   window.show();
   QApplication::exec();
   return window.ending() == Ending::CalcTDAndQuit;
+}
+
+bool AskYesNoDialog(const std::string& text) {
+  EnsureQtApplication();
+  DialogPrompts prompts;
+  return prompts.AskYesNo(text);
+}
+
+std::string AskTextDialog(const std::string& text, const std::string& value) {
+  EnsureQtApplication();
+  DialogPrompts prompts;
+  return prompts.AskText(text, value);
 }
 
 bool SnapView(Session& s, const std::string& pngFile) {
