@@ -25,7 +25,8 @@ int main(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
   quintor::Session session;
 #ifdef QUINTOR_WINDOWS
-  const quintor::Frontend windows{quintor::HasDisplay, quintor::RunWindows, quintor::SnapView};
+  const quintor::Frontend windows{quintor::HasDisplay, quintor::RunWindows, quintor::SnapView,
+                                  quintor::PlotSpectrumPng};
   return quintor::RunQuintor(session, args, &windows);
 #else
   if (quintor::OpensWindows(args)) {

@@ -5,6 +5,7 @@
 
 #include "io/fortran_io.h"
 #include "viewer/scene.h"
+#include "viewer/vibration.h"
 #include "viewer/view_model.h"
 
 namespace quintor {
@@ -182,6 +183,13 @@ void StartViewer(const Session& s, ViewerState& v) {
 }
 
 Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
+  if (v.film.running) {
+    Outcome film;
+    film.redraw = false;
+    film.beep = !FilmKey(v, key);
+    return film;
+  }
+  if (v.mode == ViewerMode::Vibration) return DispatchVibrationKey(s, v, key, prompts);
   ViewState& view = s.view;
   const double step = view.rotationStep;
   Outcome out;
@@ -189,7 +197,7 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
     switch (key.ext) {
       case ext_key::F1: return out;  // no help viewer on this platform
       case ext_key::F2: return EnterGeometryView(v);
-      case ext_key::F3: return v.hasVibrations ? NotYet(v) : out;
+      case ext_key::F3: return v.hasVibrations ? EnterVibrationView(s, v, prompts) : out;
       case ext_key::F4: return NotYet(v);
       case ext_key::F10: out.ending = Ending::Exit; return out;
       case ext_key::Right: RotateView(view, 0, +step, 0); return out;
@@ -213,7 +221,7 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
     case 'a': case 'A': AskRotationStep(s, prompts); return out;
     case 's': case 'S': AskTranslationStep(s, prompts); return out;
     case 'w': case 'W': AskPerspectiveDistance(s, prompts); return out;
-    case 'v': case 'V': return v.hasVibrations ? NotYet(v) : out;
+    case 'v': case 'V': return v.hasVibrations ? EnterVibrationView(s, v, prompts) : out;
     case 'q': case 'Q': out.ending = Ending::Exit; return out;
     case '6': RotateView(view, 0, +step, 0); return out;
     case '4': RotateView(view, 0, -step, 0); return out;
@@ -294,12 +302,20 @@ int NearestAtom(const Session& s, const ViewerState& v, double px, double py) {
 }
 
 Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double py) {
+  return ClickAtom(s, v, button, NearestAtom(s, v, px, py));
+}
+
+Outcome ClickAtom(Session&, ViewerState& v, MouseButton button, int a) {
   Outcome out;
+  if (v.mode == ViewerMode::Vibration) {  // both buttons stop the film at the end of its period
+    v.film.stopRequested = true;
+    out.redraw = false;
+    return out;
+  }
   if (button == MouseButton::Right) {
     v.marked.clear();
     return out;
   }
-  const int a = NearestAtom(s, v, px, py);
   if (a == 0) return out;
   for (int m : v.marked)
     if (m == a) return out;

@@ -69,6 +69,7 @@ struct Outcome {
   bool helpChanged = false; // the Control keys pane
   bool beep = false;
   Ending ending = Ending::None;
+  bool filmStarted = false; // a film begins: FilmTick at its pace until it ends
 };
 
 inline constexpr std::string_view NotAvailable = " Not available yet";
@@ -93,5 +94,7 @@ enum class MouseButton { Left, Right };
 int NearestAtom(const Session& s, const ViewerState& v, double px, double py);
 // Left marks the nearest atom (a fifth mark starts a new list), right clears.
 Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double py);
+// The same for a click on atom `atom` (1-based; 0 is a click beside every atom).
+Outcome ClickAtom(Session& s, ViewerState& v, MouseButton button, int atom);
 
 }  // namespace quintor

@@ -1,6 +1,7 @@
 #include "viewer_qt/windows.h"
 
 #include <cstdlib>
+#include <fstream>
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -17,10 +18,13 @@
 #include <QTextCursor>
 #include <QVBoxLayout>
 
+#include "io/file_names.h"
 #include "io/fortran_io.h"
 #include "readers/elements.h"
 #include "viewer/scene.h"
+#include "viewer/vibration.h"
 #include "viewer_qt/paint.h"
+#include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
 
 namespace quintor {
@@ -164,7 +168,9 @@ QDockWidget* Dock(const char* title, QWidget* content) {
 
 }  // namespace
 
-ViewerWindow::ViewerWindow(Session& s, ViewerState& v) : s_(s), v_(v) {
+ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
+    : s_(s), v_(v), recording_(prompts_, journal_) {
+  journal_.out = journal;
   setWindowTitle(QString::fromStdString("Quintor - " + s.files.inputName));
   view_ = new MolecularView(s, v);
   setCentralWidget(view_);
@@ -178,12 +184,37 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v) : s_(s), v_(v) {
   resize(1280, 1024);
   resizeDocks({messageDock}, {1280 * 3 / 10}, Qt::Horizontal);
   resizeDocks({messageDock, keysDock}, {500, 500}, Qt::Vertical);
+  if (v.hasVibrations) {
+    // The spectrum beside the Message window; a click on a peak plays its mode.
+    spectrum_ = new SpectrumPane(s);
+    auto* spectrumDock = Dock("Spectrum", spectrum_);
+    addDockWidget(Qt::RightDockWidgetArea, spectrumDock);
+    splitDockWidget(messageDock, spectrumDock, Qt::Vertical);
+    spectrum_->onMode = [this](int mode) {
+      if (v_.film.running) return;
+      journal_.Played(mode);
+      Apply(PlayMode(s_, v_, mode));
+    };
+  }
+  // The film's pace: 50 ms of rest after each frame is drawn.
+  filmTimer_.setSingleShot(true);
+  filmTimer_.setInterval(FilmPaceMs);
+  connect(&filmTimer_, &QTimer::timeout, this, [this] { FilmFrameDue(); });
   prompts_.parent = this;
   BuildMenus();
 
   for (const std::string& line : s.messages) messages_->appendPlainText(QString::fromStdString(line));
-  view_->onKey = [this](Key key) { Apply(DispatchKey(s_, v_, key, prompts_)); };
-  view_->onClick = [this](MouseButton b, double x, double y) { Apply(Click(s_, v_, b, x, y)); };
+  // Keys and clicks during a film only feed the film's stop; its journal
+  // line says where it stopped.
+  view_->onKey = [this](Key key) {
+    if (!v_.film.running) journal_.KeyPressed(key);
+    Apply(DispatchKey(s_, v_, key, recording_));
+  };
+  view_->onClick = [this](MouseButton b, double x, double y) {
+    const int atom = NearestAtom(s_, v_, x, y);
+    if (!v_.film.running) journal_.ClickOn(b, atom);
+    Apply(ClickAtom(s_, v_, b, atom));
+  };
   Outcome start;
   start.helpChanged = true;
   Apply(start);
@@ -200,7 +231,11 @@ void ViewerWindow::BuildMenus() {
     }
     const MenuCommand command = e.command;
     QAction* action = menu->addAction(QString::fromUtf8(e.text.data(), static_cast<int>(e.text.size())));
-    connect(action, &QAction::triggered, this, [this, command] { Apply(DispatchMenu(s_, v_, command, prompts_)); });
+    connect(action, &QAction::triggered, this, [this, command] {
+      if (v_.film.running) return;  // the film has the keyboard and the mouse to itself
+      journal_.MenuItem(command);
+      Apply(DispatchMenu(s_, v_, command, recording_));
+    });
   }
 }
 
@@ -222,7 +257,21 @@ void ViewerWindow::Apply(const Outcome& out) {
     close();
     return;
   }
-  if (out.redraw) view_->update();
+  if (out.filmStarted) {
+    if (spectrum_) spectrum_->current = v_.film.currentMode, spectrum_->update();
+    filmTimer_.start();
+  }
+  if (out.redraw || out.filmStarted) view_->update();
+}
+
+void ViewerWindow::FilmFrameDue() {
+  const bool running = FilmTick(s_, v_);
+  view_->repaint();  // the drawing time adds to the pace
+  if (running) {
+    filmTimer_.start();
+    return;
+  }
+  journal_.FilmEnded(v_.film.period);
 }
 
 void ViewerWindow::closeEvent(QCloseEvent* event) {
@@ -266,7 +315,8 @@ ViewerState ViewerFor(Session& s) {
 bool RunWindows(Session& s) {
   EnsureQtApplication();
   ViewerState v = ViewerFor(s);
-  ViewerWindow window(s, v);
+  std::ofstream journal(DerivedName(s.files.inputName, ".jnl"));
+  ViewerWindow window(s, v, journal ? &journal : nullptr);
   window.show();
   QApplication::exec();
   return window.ending() == Ending::CalcTDAndQuit;
@@ -276,6 +326,15 @@ bool SnapView(Session& s, const std::string& pngFile) {
   EnsureQtApplication(true);
   ViewerState v = ViewerFor(s);
   return RenderView(s, v).save(QString::fromStdString(pngFile), "PNG");
+}
+
+bool PlotSpectrumPng(Session& s, const std::string& pngFile) {
+  EnsureQtApplication(true);
+  QImage image(1000, 500, QImage::Format_RGB32);
+  QPainter painter(&image);
+  PaintSpectrum(painter, image.rect(), s, 0);
+  painter.end();
+  return image.save(QString::fromStdString(pngFile), "PNG");
 }
 
 }  // namespace quintor

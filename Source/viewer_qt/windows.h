@@ -9,10 +9,12 @@
 #include <QDialog>
 #include <QMainWindow>
 #include <QPlainTextEdit>
+#include <QTimer>
 #include <QWidget>
 
 #include "model/session.h"
 #include "viewer/commands.h"
+#include "viewer/journal.h"
 #include "viewer/viewer_state.h"
 
 namespace quintor {
@@ -53,9 +55,13 @@ class MolecularView : public QWidget {
 };
 
 // The frame of the interactive stage.
+class SpectrumPane;
+
+// The frame of the interactive stage. Every action goes to `journal` (the
+// <input>.jnl of the run) as it is done.
 class ViewerWindow : public QMainWindow {
  public:
-  ViewerWindow(Session& s, ViewerState& v);
+  ViewerWindow(Session& s, ViewerState& v, std::ostream* journal = nullptr);
   Ending ending() const { return ending_; }
   MolecularView* view() const { return view_; }
   // The two text panes, for a look from the tests.
@@ -64,6 +70,9 @@ class ViewerWindow : public QMainWindow {
   // Carries out a command's outcome: panes, beep, redraw, end.
   void Apply(const Outcome& out);
   DialogPrompts& prompts() { return prompts_; }
+  SpectrumPane* spectrumPane() const { return spectrum_; }
+  // One frame of a running film, as the film's timer gives it.
+  void FilmFrameDue();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -77,6 +86,10 @@ class ViewerWindow : public QMainWindow {
   QPlainTextEdit* messages_ = nullptr;
   QPlainTextEdit* keys_ = nullptr;
   DialogPrompts prompts_;
+  JournalWriter journal_;
+  RecordingPrompts recording_;
+  SpectrumPane* spectrum_ = nullptr;
+  QTimer filmTimer_;
   size_t shownMessages_ = 0;
   Ending ending_ = Ending::None;
 };

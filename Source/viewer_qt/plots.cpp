@@ -1,0 +1,104 @@
+#include "viewer_qt/plots.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+#include "viewer/vibration.h"
+#include "viewer_qt/paint.h"
+
+namespace quintor {
+
+namespace {
+
+constexpr int kMargin = 30;
+
+// The wavenumber range of the plot and the largest value of curve and sticks.
+struct Frame {
+  double lo = 0.0, hi = 1.0, top = 1.0;
+  QRectF box;
+  double X(double wavenumber) const { return box.left() + (wavenumber - lo) / (hi - lo) * box.width(); }
+  double Y(double value) const { return box.bottom() - value / top * box.height(); }
+};
+
+Frame PlotFrame(const QRect& area, const std::vector<SpectrumPoint>& curve, const Session& s) {
+  Frame f;
+  f.box = QRectF(area.left() + kMargin, area.top() + 10, area.width() - kMargin - 10, area.height() - kMargin - 10);
+  if (!curve.empty()) f.lo = curve.front().wavenumber, f.hi = curve.back().wavenumber;
+  double top = 0.0;
+  for (const SpectrumPoint& p : curve) top = std::max(top, p.value);
+  for (const VibMode& m : s.modes) top = std::max(top, m.intensity * IntensityScale);
+  if (top > 0.0) f.top = top * 1.05;
+  return f;
+}
+
+}  // namespace
+
+void PaintSpectrum(QPainter& painter, const QRect& area, const Session& s, int current) {
+  painter.fillRect(area, Qt::white);
+  painter.setRenderHint(QPainter::Antialiasing, true);
+  painter.setFont(ViewFont());
+  const auto curve = BroadenedSpectrum(s.modes);
+  if (curve.empty()) {
+    painter.drawText(area, Qt::AlignCenter, "No vibrational frequencies");
+    return;
+  }
+  const Frame f = PlotFrame(area, curve, s);
+  painter.setPen(Qt::black);
+  painter.drawRect(f.box);
+  // Ticks every 500 cm-1 and the axis name.
+  for (double x = std::ceil(f.lo / 500.0) * 500.0; x <= f.hi; x += 500.0) {
+    painter.drawLine(QPointF(f.X(x), f.box.bottom()), QPointF(f.X(x), f.box.bottom() + 4));
+    painter.drawText(QRectF(f.X(x) - 30, f.box.bottom() + 4, 60, 14), Qt::AlignCenter, QString::number(x));
+  }
+  painter.drawText(QRectF(area.left(), area.bottom() - 12, area.width(), 12), Qt::AlignCenter,
+                   s.opt.raman ? "Raman activity, wavenumber (cm-1)" : "IR intensity, wavenumber (cm-1)");
+  for (size_t k = 0; k < s.modes.size(); ++k) {
+    const VibMode& m = s.modes[k];
+    if (!m.given || m.freq <= 0.0) continue;
+    const bool highlighted = static_cast<int>(k) + 1 == current;
+    painter.setPen(QPen(highlighted ? QColor(220, 0, 0) : QColor(120, 120, 120), highlighted ? 2.0 : 1.0));
+    painter.drawLine(QPointF(f.X(m.freq), f.box.bottom()), QPointF(f.X(m.freq), f.Y(m.intensity * IntensityScale)));
+  }
+  QPainterPath path;
+  path.moveTo(f.X(curve.front().wavenumber), f.Y(curve.front().value));
+  for (const SpectrumPoint& p : curve) path.lineTo(f.X(p.wavenumber), f.Y(p.value));
+  painter.setPen(QPen(QColor(0, 0, 160), 1.5));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawPath(path);
+}
+
+SpectrumPane::SpectrumPane(const Session& s, QWidget* parent) : QWidget(parent), s_(s) {
+  setMinimumSize(200, 150);
+  setFocusPolicy(Qt::NoFocus);  // keys belong to the Molecular view
+}
+
+int SpectrumPane::ModeAt(double px) const {
+  const auto curve = BroadenedSpectrum(s_.modes);
+  if (curve.empty()) return 0;
+  const Frame f = PlotFrame(rect(), curve, s_);
+  int best = 0;
+  double bestD = 1e300;
+  for (size_t k = 0; k < s_.modes.size(); ++k) {
+    const VibMode& m = s_.modes[k];
+    if (!m.given || m.freq <= 0.0) continue;
+    const double d = std::abs(f.X(m.freq) - px);
+    if (d < bestD) bestD = d, best = static_cast<int>(k) + 1;
+  }
+  return best;
+}
+
+void SpectrumPane::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  PaintSpectrum(painter, rect(), s_, current);
+}
+
+void SpectrumPane::mousePressEvent(QMouseEvent* event) {
+  const int mode = ModeAt(event->position().x());
+  if (mode > 0 && onMode) onMode(mode);
+}
+
+}  // namespace quintor

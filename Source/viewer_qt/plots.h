@@ -1,0 +1,34 @@
+// The spectrum of the modes as a small QPainter plot: the broadened curve
+// and the sticks, the current mode in another colour. The same picture
+// goes to the spectrum pane and to /SPECTRUM@file.png.
+#pragma once
+
+#include <functional>
+
+#include <QWidget>
+
+#include "model/session.h"
+
+namespace quintor {
+
+// The plot into `area`; `current` is the 1-based mode to highlight (0: none).
+void PaintSpectrum(QPainter& painter, const QRect& area, const Session& s, int current);
+
+// The pane: a click plays the mode whose stick is nearest (onMode).
+class SpectrumPane : public QWidget {
+ public:
+  explicit SpectrumPane(const Session& s, QWidget* parent = nullptr);
+  std::function<void(int)> onMode;
+  int current = 0;
+  // The mode (1-based) whose stick stands nearest to the pixel column; 0 without modes.
+  int ModeAt(double px) const;
+
+ protected:
+  void paintEvent(QPaintEvent*) override;
+  void mousePressEvent(QMouseEvent* event) override;
+
+ private:
+  const Session& s_;
+};
+
+}  // namespace quintor
