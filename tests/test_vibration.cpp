@@ -258,6 +258,7 @@ TEST(Journal, ReplayEqualsTheSameKeysTyped) {
     ViewerState v;
     StartViewer(s, v);
     LoadCoordinateSet(s, v);
+    FitStartingView(s, v.window.Aspect(), s.view);
     ScriptedPrompts p;
     for (Key k : {Plain('6'), Extended(ext_key::Up), Plain('b'), Plain('b')}) DispatchKey(s, v, k, p);
     ProjectAll(s, v);

@@ -9,6 +9,7 @@
 #include "readers/elements.h"
 #include "viewer/journal.h"
 #include "viewer/scene.h"
+#include "viewer/view_model.h"
 #include "viewer/vibration.h"
 
 namespace quintor {
@@ -66,6 +67,7 @@ bool ReplayPlayFile(Session& s) {
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
+  FitStartingView(s, v.window.Aspect(), s.view);
   return ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
 }
 

@@ -12,7 +12,7 @@ namespace quintor {
 
 namespace {
 
-constexpr std::array<MenuEntry, 45> kMenu = {{
+constexpr std::array<MenuEntry, 46> kMenu = {{
     {"&File", "", MenuCommand::NewSession},
     {"&File", "&New Session", MenuCommand::NewSession},
     {"&File", "CalcTD and &Quit", MenuCommand::CalcTDAndQuit},
@@ -30,6 +30,7 @@ constexpr std::array<MenuEntry, 45> kMenu = {{
     {"&View", "&S  Set translation step", MenuCommand::TranslationStep},
     {"&View", "&W  Set perspective factor", MenuCommand::PerspectiveFactor},
     {"&View", "&E  Set view parameters", MenuCommand::ViewParameters},
+    {"&View", "Displacement arrows on/off", MenuCommand::DisplacementArrows},
     {"&Calculations", "", MenuCommand::Thermodynamics},
     {"&Calculations", "&Thermodynamics", MenuCommand::Thermodynamics},
     {"&Calculations", "&Geometry optimization", MenuCommand::GeometryOptimization},
@@ -62,11 +63,15 @@ constexpr std::array<MenuEntry, 45> kMenu = {{
 
 constexpr double kDeg = constants::DegToRad;
 
-// A later piece of work: said in the Message window, nothing changes.
-Outcome NotYet(ViewerState& v) {
-  v.messages.emplace_back(NotAvailable);
+// A later piece of work: said in the Message window, nothing changes. A
+// menu item names itself after the text.
+Outcome NotYet(ViewerState& v, std::string_view item = {}) {
+  v.messages.emplace_back(item.empty() ? std::string(NotAvailable) : std::string(NotAvailable) + ": " + std::string(item));
   return {};
 }
+
+// The menu text of a command without its "&" marks.
+std::string_view MenuText(MenuCommand command);
 
 enum class SetMove { First, Last, Previous, Next };
 
@@ -107,16 +112,17 @@ void AskRotationStep(Session& s, Prompts& p) {
   s.view.rotationStep = p.AskReal(" Rotation step is" + StepText(deg) + " deg. Enter new step in degrees", deg) * kDeg;
 }
 
-// The "A" of these two prompts is a word only: the values are in bohr.
+// Both lengths are kept and asked in bohr, and the prompts say so.
 void AskTranslationStep(Session& s, Prompts& p) {
   const double step = s.view.translationStep;
-  s.view.translationStep = p.AskReal(" Translation step is" + StepText(step) + " A. Enter new step in A", step);
+  s.view.translationStep =
+      p.AskReal(" Translation step is" + StepText(step) + " bohr. Enter new step in bohr", step);
 }
 
 void AskPerspectiveDistance(Session& s, Prompts& p) {
   const double d = s.view.perspectiveDistance;
   s.view.perspectiveDistance =
-      p.AskReal(" Current perspective distance is" + StepText(d) + " A. Enter new value:", d);
+      p.AskReal(" Current perspective distance is" + StepText(d) + " bohr. Enter new value in bohr:", d);
 }
 
 Outcome EnterGeometryView(ViewerState& v) {
@@ -132,6 +138,22 @@ void Toggle(int& flag) { flag = -flag; }
 }  // namespace
 
 std::span<const MenuEntry> MenuTable() { return kMenu; }
+
+namespace {
+
+std::string_view MenuText(MenuCommand command) {
+  static std::array<std::string, kMenu.size()> plain;
+  for (size_t k = 0; k < kMenu.size(); ++k) {
+    if (kMenu[k].command != command || kMenu[k].text.empty()) continue;
+    if (plain[k].empty())
+      for (char c : kMenu[k].text)
+        if (c != '&') plain[k] += c;
+    return plain[k];
+  }
+  return {};
+}
+
+}  // namespace
 
 std::vector<std::string> GeometryHelp(bool hasVibrations) {
   std::vector<std::string> lines = {
@@ -262,6 +284,7 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
       prompts.ShowMessage("To start animation, press F3 and set the vibration mode number.");
       return out;
     case MenuCommand::Axes: Toggle(s.view.showAxes); return out;
+    case MenuCommand::DisplacementArrows: v.showArrows = !v.showArrows; return out;
     case MenuCommand::Perspective: Toggle(s.view.perspectiveOn); return out;
     case MenuCommand::Labels: Toggle(s.view.showLabels); return out;
     case MenuCommand::Balls: Toggle(s.view.showBalls); return out;
@@ -285,7 +308,7 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
       prompts.ShowMessage("QUINTOR v. 2.5\nA program for the molecular geometry visualization,normal mode "
                           "animation and thermochemical properties evaluation.\nQuintor for Linux: C++20 edition");
       return out;
-    default: return NotYet(v);
+    default: return NotYet(v, MenuText(command));
   }
 }
 

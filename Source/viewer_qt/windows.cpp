@@ -23,6 +23,7 @@
 #include "readers/elements.h"
 #include "viewer/scene.h"
 #include "viewer/vibration.h"
+#include "viewer/view_model.h"
 #include "viewer_qt/paint.h"
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
@@ -307,6 +308,7 @@ ViewerState ViewerFor(Session& s) {
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
+  FitStartingView(s, v.window.Aspect(), s.view);
   return v;
 }
 
@@ -325,6 +327,10 @@ bool RunWindows(Session& s) {
 bool SnapView(Session& s, const std::string& pngFile) {
   EnsureQtApplication(true);
   ViewerState v = ViewerFor(s);
+  if (s.opt.showMode >= 1 && s.opt.showMode <= v.nVib) {  // /MODE<n>: its arrows
+    v.film.currentMode = s.opt.showMode;
+    v.showArrows = true;
+  }
   return RenderView(s, v).save(QString::fromStdString(pngFile), "PNG");
 }
 
