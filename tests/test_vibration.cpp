@@ -244,10 +244,10 @@ TEST(Journal, ReplayEqualsTheSameKeysTyped) {
   TempDir dir;
   const std::string log = dir.Write("anthracene.log", ReadFile(TestData("gaussian03/anthracene_opt_freq.log")));
   // Turns, steps back through the sets, plays mode 7 and stops it after one
-  // period, turns in the Vibration view, saves with A = 0.25 and quits.
+  // period, turns by keys and the mouse, saves with A = 0.25 and quits.
   const std::string journal = dir.Write("turns.jnl",
                                         "# a session\nkey 6\nkey Up\nkey b\nkey b\nclick left 3\nkey v\nanswer 7\n"
-                                        "film 1\nkey Left\nkey +\nkey s\nanswer 0.25\nkey q\n");
+                                        "film 1\nkey Left\nkey +\nturn 40 -12\nshift 8 0\nzoom -2\nkey s\nanswer 0.25\nkey q\n");
   Session played;
   const RunResult replay = RunInProcess(played, {log, "/PLAY@" + journal});
   ASSERT_EQ(replay.status, 0) << replay.console;
@@ -268,7 +268,11 @@ TEST(Journal, ReplayEqualsTheSameKeysTyped) {
     DispatchKey(s, v, Plain(' '), p);  // typed during the film
     RunFilm(s, v);
     p.reals = {0.25};
-    for (Key k : {Extended(ext_key::Left), Plain('+'), Plain('s'), Plain('q')}) DispatchKey(s, v, k, p);
+    for (Key k : {Extended(ext_key::Left), Plain('+')}) DispatchKey(s, v, k, p);
+    DragTurn(s, v, 40, -12);
+    DragShift(s, v, 8, 0);
+    WheelZoom(s, v, -2);
+    for (Key k : {Plain('s'), Plain('q')}) DispatchKey(s, v, k, p);
     return false;
   };
   Session s;

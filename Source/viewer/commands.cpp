@@ -1,6 +1,7 @@
 #include "viewer/commands.h"
 
 #include <array>
+#include <cmath>
 #include <limits>
 
 #include "io/fortran_io.h"
@@ -326,6 +327,25 @@ int NearestAtom(const Session& s, const ViewerState& v, double px, double py) {
 
 Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double py) {
   return ClickAtom(s, v, button, NearestAtom(s, v, px, py));
+}
+
+Outcome DragTurn(Session& s, ViewerState&, double dx, double dy) {
+  constexpr double kPerPixel = 0.5 * kDeg;
+  if (dx != 0.0) RotateView(s.view, 0, dx * kPerPixel, 0);
+  if (dy != 0.0) RotateView(s.view, 0, 0, -dy * kPerPixel);
+  return {};
+}
+
+Outcome DragShift(Session& s, ViewerState& v, double dx, double dy) {
+  const double perPixel = 1.0 / (PixelsPerBohr(v.window) * s.view.zoom);
+  s.view.shiftX += dx * perPixel;
+  s.view.shiftY -= dy * perPixel;  // rows run down, the world's y up
+  return {};
+}
+
+Outcome WheelZoom(Session& s, ViewerState&, int notches) {
+  s.view.zoom *= std::pow(1.1, notches);
+  return {};
 }
 
 Outcome ClickAtom(Session&, ViewerState& v, MouseButton button, int a) {

@@ -95,6 +95,13 @@ enum class MouseButton { Left, Right };
 int NearestAtom(const Session& s, const ViewerState& v, double px, double py);
 // Left marks the nearest atom (a fifth mark starts a new list), right clears.
 Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double py);
+// Mouse gestures, as in Avogadro and Jmol: a left drag turns the view half
+// a degree a pixel (right turns as the Right key does, up as Up), a middle
+// drag moves the picture with the pointer, a wheel notch zooms by 1.1.
+Outcome DragTurn(Session& s, ViewerState& v, double dxPixels, double dyPixels);
+Outcome DragShift(Session& s, ViewerState& v, double dxPixels, double dyPixels);
+Outcome WheelZoom(Session& s, ViewerState& v, int notches);
+
 // The same for a click on atom `atom` (1-based; 0 is a click beside every atom).
 Outcome ClickAtom(Session& s, ViewerState& v, MouseButton button, int atom);
 

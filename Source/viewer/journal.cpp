@@ -105,6 +105,10 @@ void JournalWriter::Line(const std::string& text) {
   out->flush();  // a crash keeps the journal up to it
 }
 
+void JournalWriter::Gesture(const char* word, double a, double b) {
+  Line(std::string(word) + " " + Shortest(a) + " " + Shortest(b));
+}
+
 void JournalWriter::ClickOn(MouseButton b, int atom) {
   Line(std::string(b == MouseButton::Left ? "click left " : "click right ") + std::to_string(atom));
 }
@@ -184,6 +188,15 @@ Ending ReplayJournal(Session& s, ViewerState& v, std::istream& in, const std::st
                                                    : ParseFortranInt(Trim(a.rest.substr(space + 1)));
       if ((button != "left" && button != "right") || !atom || *atom < 0 || *atom > s.nAtoms) fail(a, a.rest);
       out = ClickAtom(s, v, button == "left" ? MouseButton::Left : MouseButton::Right, static_cast<int>(*atom));
+    } else if (a.word == "turn" || a.word == "shift" || a.word == "zoom") {
+      const auto items = FreeFormItems(a.rest);
+      std::vector<double> n;
+      for (const auto& item : items)
+        if (const auto r = ParseFortranReal(item)) n.push_back(*r);
+      if (n.size() != items.size() || n.size() != (a.word == "zoom" ? 1u : 2u)) fail(a, a.rest);
+      out = a.word == "turn"    ? DragTurn(s, v, n[0], n[1])
+            : a.word == "shift" ? DragShift(s, v, n[0], n[1])
+                                : WheelZoom(s, v, static_cast<int>(n[0]));
     } else if (a.word == "play") {
       const auto mode = ParseFortranInt(a.rest);
       if (!mode || *mode < 1 || *mode > v.nVib) fail(a, a.rest);

@@ -7,6 +7,8 @@
 //   menu <command>     a menu item by its command name (menu Labels)
 //   click left <atom>  a click on atom <atom> (1-based); click right <atom>
 //   play <mode>        a click on the spectrum: the Vibration view plays <mode>
+//   turn <dx> <dy>     a left drag by so many pixels; shift <dx> <dy> a middle drag
+//   zoom <notches>     the wheel
 //   answer <text>      the field of the prompt the action above asked
 //   yes, no            the answer of a Confirmation
 //   film <periods>     the film the action above started ended after 1 to 3 periods
@@ -37,6 +39,7 @@ struct JournalWriter {
   void KeyPressed(Key key) { Line("key " + KeyWord(key)); }
   void MenuItem(MenuCommand c) { Line("menu " + std::string(MenuCommandName(c))); }
   void ClickOn(MouseButton b, int atom);
+  void Gesture(const char* word, double a, double b);
   void Played(int mode) { Line("play " + std::to_string(mode)); }
   void FilmEnded(int periods) { Line("film " + std::to_string(periods)); }
 };

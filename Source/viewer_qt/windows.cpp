@@ -1,5 +1,6 @@
 #include "viewer_qt/windows.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 
@@ -13,6 +14,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMouseEvent>
+#include <QWheelEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QTextCursor>
@@ -139,11 +141,35 @@ void MolecularView::keyPressEvent(QKeyEvent* event) {
   if (onKey) onKey(*key);
 }
 
+// A left click marks at its release, unless the pointer moved: then the
+// press began a turn. The right button clears at once.
 void MolecularView::mousePressEvent(QMouseEvent* event) {
-  const auto button = event->button() == Qt::LeftButton    ? std::optional(MouseButton::Left)
-                      : event->button() == Qt::RightButton ? std::optional(MouseButton::Right)
-                                                           : std::nullopt;
-  if (button && onClick) onClick(*button, event->position().x(), event->position().y());
+  last_ = event->position();
+  dragged_ = false;
+  if (event->button() == Qt::RightButton && onClick) onClick(MouseButton::Right, last_.x(), last_.y());
+}
+
+void MolecularView::mouseMoveEvent(QMouseEvent* event) {
+  const bool left = event->buttons() & Qt::LeftButton, middle = event->buttons() & Qt::MiddleButton;
+  if (!left && !middle) return;
+  const QPointF d = event->position() - last_;
+  if (left && !dragged_ && std::abs(d.x()) + std::abs(d.y()) < 4) return;  // a shaky click
+  dragged_ = dragged_ || left;
+  last_ = event->position();
+  if (onDrag) onDrag(middle && !left, d.x(), d.y());
+}
+
+void MolecularView::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton && !dragged_ && onClick)
+    onClick(MouseButton::Left, event->position().x(), event->position().y());
+  dragged_ = false;
+}
+
+void MolecularView::wheelEvent(QWheelEvent* event) {
+  wheel_ += event->angleDelta().y();
+  const int notches = wheel_ / 120;
+  wheel_ -= notches * 120;
+  if (notches != 0 && onWheel) onWheel(notches);
 }
 
 // ---- The main window ------------------------------------------------------------------
@@ -215,6 +241,14 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
     const int atom = NearestAtom(s_, v_, x, y);
     if (!v_.film.running) journal_.ClickOn(b, atom);
     Apply(ClickAtom(s_, v_, b, atom));
+  };
+  view_->onDrag = [this](bool middle, double dx, double dy) {
+    journal_.Gesture(middle ? "shift" : "turn", dx, dy);
+    Apply(middle ? DragShift(s_, v_, dx, dy) : DragTurn(s_, v_, dx, dy));
+  };
+  view_->onWheel = [this](int notches) {
+    journal_.Line("zoom " + std::to_string(notches));
+    Apply(WheelZoom(s_, v_, notches));
   };
   Outcome start;
   start.helpChanged = true;

@@ -42,16 +42,25 @@ class MolecularView : public QWidget {
   MolecularView(const Session& s, ViewerState& v, QWidget* parent = nullptr);
   std::function<void(Key)> onKey;
   std::function<void(MouseButton, double, double)> onClick;
+  // A left drag (turn) or a middle drag (shift) by so many pixels; the wheel.
+  std::function<void(bool middle, double, double)> onDrag;
+  std::function<void(int)> onWheel;
 
  protected:
   void paintEvent(QPaintEvent*) override;
   void resizeEvent(QResizeEvent*) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
 
  private:
   const Session& s_;
   ViewerState& v_;
+  QPointF last_;          // the pointer at the last press or move
+  bool dragged_ = false;  // a left press that moved is a turn, not a click
+  int wheel_ = 0;         // eighths of a degree not yet a whole notch
 };
 
 // The frame of the interactive stage.
