@@ -243,3 +243,28 @@ TEST(ViewerQt, FilmOnTheTimerStopsAtThePeriodAndIsJournalled) {
     for (int k = 0; k < 3; ++k) EXPECT_NEAR(s.view.matrix[i][k], turned.matrix[i][k], 1e-12);
   EXPECT_EQ(journal.str(), "play 2\nfilm 1\nturn 40 0\n");
 }
+
+// Several sets: the energy plot beside the Message window; a click near
+// its left edge goes to set 0 and is journalled.
+TEST(ViewerQt, EnergyPlotGoesToTheClickedSet) {
+  EnsureQtApplication(true);
+  Session s;
+  HandMolecule(s, {{6, "C", {0, 0, 0}}, {8, "O", {0, 2.3, 0}}}, 4);
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  std::ostringstream journal;
+  ViewerWindow window(s, v, &journal);
+  window.show();
+  QApplication::processEvents();
+  ASSERT_NE(window.energyPane(), nullptr);
+  EXPECT_EQ(window.spectrumPane(), nullptr);  // no modes, no spectrum
+  EXPECT_EQ(v.currentSet, 3);
+  QMouseEvent click(QEvent::MouseButtonPress, QPointF(1, 20), QPointF(1, 20), Qt::LeftButton, Qt::LeftButton,
+                    Qt::NoModifier);
+  QApplication::sendEvent(window.energyPane(), &click);
+  EXPECT_EQ(v.currentSet, 0);
+  EXPECT_EQ(s.xyz[0][0], 0.0);  // set 0 is not shifted
+  EXPECT_EQ(journal.str(), "set 0\n");
+  if (const char* keep = std::getenv("QUINTOR_KEEP_WINDOW")) window.grab().save(keep);
+}

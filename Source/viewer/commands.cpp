@@ -329,6 +329,16 @@ Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double 
   return ClickAtom(s, v, button, NearestAtom(s, v, px, py));
 }
 
+Outcome GoToSet(Session& s, ViewerState& v, int set, Prompts& prompts) {
+  Outcome out;
+  if (v.mode != ViewerMode::Geometry || v.atomCountChanged != 0 || set < -1 || set > s.iCyc) return out;
+  if (v.structureEdited && !prompts.AskYesNo("Do you want to switch to other coordinate set? (Changes will be lost)"))
+    return out;
+  v.currentSet = set;
+  LoadCoordinateSet(s, v);
+  return out;
+}
+
 Outcome DragTurn(Session& s, ViewerState&, double dx, double dy) {
   constexpr double kPerPixel = 0.5 * kDeg;
   if (dx != 0.0) RotateView(s.view, 0, dx * kPerPixel, 0);

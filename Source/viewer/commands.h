@@ -95,6 +95,11 @@ enum class MouseButton { Left, Right };
 int NearestAtom(const Session& s, const ViewerState& v, double px, double py);
 // Left marks the nearest atom (a fifth mark starts a new list), right clears.
 Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double py);
+// Set `set` on show (a click on the energy plot): as the set keys do, with
+// the question when the structure was edited; nothing outside the Geometry
+// view or after atoms were added or removed.
+Outcome GoToSet(Session& s, ViewerState& v, int set, Prompts& prompts);
+
 // Mouse gestures, as in Avogadro and Jmol: a left drag turns the view half
 // a degree a pixel (right turns as the Right key does, up as Up), a middle
 // drag moves the picture with the pointer, a wheel notch zooms by 1.1.

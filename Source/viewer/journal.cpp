@@ -197,6 +197,10 @@ Ending ReplayJournal(Session& s, ViewerState& v, std::istream& in, const std::st
       out = a.word == "turn"    ? DragTurn(s, v, n[0], n[1])
             : a.word == "shift" ? DragShift(s, v, n[0], n[1])
                                 : WheelZoom(s, v, static_cast<int>(n[0]));
+    } else if (a.word == "set") {
+      const auto set = ParseFortranInt(a.rest);
+      if (!set) fail(a, a.rest);
+      out = GoToSet(s, v, static_cast<int>(*set), prompts);
     } else if (a.word == "play") {
       const auto mode = ParseFortranInt(a.rest);
       if (!mode || *mode < 1 || *mode > v.nVib) fail(a, a.rest);

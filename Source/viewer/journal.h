@@ -9,6 +9,7 @@
 //   play <mode>        a click on the spectrum: the Vibration view plays <mode>
 //   turn <dx> <dy>     a left drag by so many pixels; shift <dx> <dy> a middle drag
 //   zoom <notches>     the wheel
+//   set <n>            a click on the energy plot: coordinate set n
 //   answer <text>      the field of the prompt the action above asked
 //   yes, no            the answer of a Confirmation
 //   film <periods>     the film the action above started ended after 1 to 3 periods

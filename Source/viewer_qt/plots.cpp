@@ -101,4 +101,83 @@ void SpectrumPane::mousePressEvent(QMouseEvent* event) {
   if (mode > 0 && onMode) onMode(mode);
 }
 
+namespace {
+
+// Steps 0 .. iCyc along x; the box inside the margins.
+QRectF EnergyBox(const QRect& area) {
+  return QRectF(area.left() + kMargin + 60, area.top() + 10, area.width() - kMargin - 80, area.height() - kMargin - 10);
+}
+
+double StepX(const QRectF& box, int step, int last) {
+  return last > 0 ? box.left() + box.width() * step / last : box.center().x();
+}
+
+}  // namespace
+
+EnergyPane::EnergyPane(const Session& s, const int& currentSet, QWidget* parent)
+    : QWidget(parent), s_(s), current_(currentSet) {
+  setMinimumSize(200, 120);
+  setFocusPolicy(Qt::NoFocus);
+}
+
+int EnergyPane::SetAt(double px) const {
+  const QRectF box = EnergyBox(rect());
+  int best = 0;
+  for (int k = 1; k <= s_.iCyc; ++k)
+    if (std::abs(StepX(box, k, s_.iCyc) - px) < std::abs(StepX(box, best, s_.iCyc) - px)) best = k;
+  return best;
+}
+
+void EnergyPane::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.fillRect(rect(), Qt::white);
+  painter.setRenderHint(QPainter::Antialiasing, true);
+  painter.setFont(ViewFont());
+  const int last = s_.iCyc;
+  if (last < 0) return;
+  double lo = 1e300, hi = -1e300, gTop = 0.0;
+  for (int k = 0; k <= last; ++k) {
+    const CoordSet& set = s_.Set(k);
+    lo = std::min(lo, set.energy), hi = std::max(hi, set.energy);
+    if (set.gmax != NotGiven) gTop = std::max(gTop, set.gmax);
+  }
+  if (hi - lo < 1e-9) hi = lo + 1e-6;
+  const QRectF box = EnergyBox(rect());
+  painter.setPen(Qt::black);
+  painter.drawRect(box);
+  painter.drawText(QRectF(0, rect().bottom() - 12, width(), 12), Qt::AlignCenter,
+                   gTop > 0.0 ? "Energy (blue, Hartree) and max. gradient (grey) by step" : "Energy (Hartree) by step");
+  painter.drawText(QRectF(0, box.top() - 2, kMargin + 56, 14), Qt::AlignRight, QString::number(hi, 'f', 5));
+  painter.drawText(QRectF(0, box.bottom() - 12, kMargin + 56, 14), Qt::AlignRight, QString::number(lo, 'f', 5));
+  auto y = [&](double e) { return box.bottom() - (e - lo) / (hi - lo) * box.height(); };
+  auto plot = [&](auto value, const QColor& colour, bool skipMissing) {
+    QPainterPath path;
+    bool started = false;
+    for (int k = 0; k <= last; ++k) {
+      const double val = value(s_.Set(k));
+      if (skipMissing && val == NotGiven) continue;
+      const QPointF p(StepX(box, k, last), val);
+      started ? path.lineTo(p) : path.moveTo(p);
+      started = true;
+    }
+    painter.setPen(QPen(colour, 1.5));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(path);
+  };
+  if (gTop > 0.0)
+    plot([&](const CoordSet& c) { return c.gmax == NotGiven ? NotGiven : box.bottom() - c.gmax / gTop * box.height(); },
+         QColor(150, 150, 150), true);
+  plot([&](const CoordSet& c) { return y(c.energy); }, QColor(0, 0, 160), false);
+  for (int k = 0; k <= last; ++k) {
+    const bool on = k == current_;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(on ? QColor(220, 0, 0) : QColor(0, 0, 160));
+    painter.drawEllipse(QPointF(StepX(box, k, last), y(s_.Set(k).energy)), on ? 4.0 : 2.5, on ? 4.0 : 2.5);
+  }
+}
+
+void EnergyPane::mousePressEvent(QMouseEvent* event) {
+  if (s_.iCyc >= 0 && onSet) onSet(SetAt(event->position().x()));
+}
+
 }  // namespace quintor

@@ -31,4 +31,21 @@ class SpectrumPane : public QWidget {
   const Session& s_;
 };
 
+// The energy of each coordinate set against its step (and the largest
+// gradient where the log gave it); a click goes to the nearest set.
+class EnergyPane : public QWidget {
+ public:
+  EnergyPane(const Session& s, const int& currentSet, QWidget* parent = nullptr);
+  std::function<void(int)> onSet;
+  int SetAt(double px) const;
+
+ protected:
+  void paintEvent(QPaintEvent*) override;
+  void mousePressEvent(QMouseEvent* event) override;
+
+ private:
+  const Session& s_;
+  const int& current_;
+};
+
 }  // namespace quintor

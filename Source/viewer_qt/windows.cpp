@@ -223,6 +223,18 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
       Apply(PlayMode(s_, v_, mode));
     };
   }
+  if (s.iCyc > 0) {
+    // Several coordinate sets: their energies by step; a click goes to a set.
+    energy_ = new EnergyPane(s, v.currentSet);
+    auto* energyDock = Dock("Energy by step", energy_);
+    addDockWidget(Qt::RightDockWidgetArea, energyDock);
+    splitDockWidget(messageDock, energyDock, Qt::Vertical);
+    energy_->onSet = [this](int set) {
+      if (v_.film.running) return;
+      journal_.Line("set " + std::to_string(set));
+      Apply(GoToSet(s_, v_, set, recording_));
+    };
+  }
   // The film's pace: 50 ms of rest after each frame is drawn.
   filmTimer_.setSingleShot(true);
   filmTimer_.setInterval(FilmPaceMs);
@@ -297,6 +309,7 @@ void ViewerWindow::Apply(const Outcome& out) {
     filmTimer_.start();
   }
   if (out.redraw || out.filmStarted) view_->update();
+  if (energy_) energy_->update();
 }
 
 void ViewerWindow::FilmFrameDue() {

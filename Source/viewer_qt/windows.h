@@ -65,6 +65,7 @@ class MolecularView : public QWidget {
 
 // The frame of the interactive stage.
 class SpectrumPane;
+class EnergyPane;
 
 // The frame of the interactive stage. Every action goes to `journal` (the
 // <input>.jnl of the run) as it is done.
@@ -80,6 +81,7 @@ class ViewerWindow : public QMainWindow {
   void Apply(const Outcome& out);
   DialogPrompts& prompts() { return prompts_; }
   SpectrumPane* spectrumPane() const { return spectrum_; }
+  EnergyPane* energyPane() const { return energy_; }
   // One frame of a running film, as the film's timer gives it.
   void FilmFrameDue();
 
@@ -98,6 +100,7 @@ class ViewerWindow : public QMainWindow {
   JournalWriter journal_;
   RecordingPrompts recording_;
   SpectrumPane* spectrum_ = nullptr;
+  EnergyPane* energy_ = nullptr;
   QTimer filmTimer_;
   size_t shownMessages_ = 0;
   Ending ending_ = Ending::None;
