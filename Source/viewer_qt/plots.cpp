@@ -37,11 +37,11 @@ Frame PlotFrame(const QRect& area, const std::vector<SpectrumPoint>& curve, cons
 
 }  // namespace
 
-void PaintSpectrum(QPainter& painter, const QRect& area, const Session& s, int current) {
+void PaintSpectrum(QPainter& painter, const QRect& area, const Session& s, int current, double fwhm) {
   painter.fillRect(area, Qt::white);
   painter.setRenderHint(QPainter::Antialiasing, true);
   painter.setFont(ViewFont());
-  const auto curve = BroadenedSpectrum(s.modes);
+  const auto curve = BroadenedSpectrum(s.modes, fwhm);
   if (curve.empty()) {
     painter.drawText(area, Qt::AlignCenter, "No vibrational frequencies");
     return;
@@ -55,7 +55,8 @@ void PaintSpectrum(QPainter& painter, const QRect& area, const Session& s, int c
     painter.drawText(QRectF(f.X(x) - 30, f.box.bottom() + 4, 60, 14), Qt::AlignCenter, QString::number(x));
   }
   painter.drawText(QRectF(area.left(), area.bottom() - 12, area.width(), 12), Qt::AlignCenter,
-                   s.opt.raman ? "Raman activity, wavenumber (cm-1)" : "IR intensity, wavenumber (cm-1)");
+                   QString(s.opt.raman ? "Raman activity" : "IR intensity") + ", wavenumber (cm-1), FWHM " +
+                       QString::number(fwhm) + " cm-1");
   for (size_t k = 0; k < s.modes.size(); ++k) {
     const VibMode& m = s.modes[k];
     if (!m.given || m.freq <= 0.0) continue;
@@ -93,10 +94,14 @@ int SpectrumPane::ModeAt(double px) const {
 
 void SpectrumPane::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  PaintSpectrum(painter, rect(), s_, current);
+  PaintSpectrum(painter, rect(), s_, current, fwhm);
 }
 
 void SpectrumPane::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::RightButton) {
+    if (onAskWidth) onAskWidth();
+    return;
+  }
   const int mode = ModeAt(event->position().x());
   if (mode > 0 && onMode) onMode(mode);
 }

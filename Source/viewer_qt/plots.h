@@ -11,15 +11,19 @@
 
 namespace quintor {
 
-// The plot into `area`; `current` is the 1-based mode to highlight (0: none).
-void PaintSpectrum(QPainter& painter, const QRect& area, const Session& s, int current);
+// The plot into `area`; `current` is the 1-based mode to highlight (0: none),
+// `fwhm` the full width of the Lorentzians, cm-1.
+void PaintSpectrum(QPainter& painter, const QRect& area, const Session& s, int current, double fwhm);
 
-// The pane: a click plays the mode whose stick is nearest (onMode).
+// The pane: a left click plays the mode whose stick is nearest (onMode), a
+// right click asks for the line width (onAskWidth).
 class SpectrumPane : public QWidget {
  public:
   explicit SpectrumPane(const Session& s, QWidget* parent = nullptr);
   std::function<void(int)> onMode;
+  std::function<void()> onAskWidth;
   int current = 0;
+  double fwhm = 10.0;  // cm-1
   // The mode (1-based) whose stick stands nearest to the pixel column; 0 without modes.
   int ModeAt(double px) const;
 

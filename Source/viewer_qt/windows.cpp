@@ -222,6 +222,11 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
       journal_.Played(mode);
       Apply(PlayMode(s_, v_, mode));
     };
+    spectrum_->onAskWidth = [this] {
+      const double w = prompts_.AskReal("Line width (FWHM) of the spectrum, cm-1:", spectrum_->fwhm);
+      if (w > 0.0) spectrum_->fwhm = w;
+      spectrum_->update();
+    };
   }
   if (s.iCyc > 0) {
     // Several coordinate sets: their energies by step; a click goes to a set.
@@ -385,7 +390,7 @@ bool PlotSpectrumPng(Session& s, const std::string& pngFile) {
   EnsureQtApplication(true);
   QImage image(1000, 500, QImage::Format_RGB32);
   QPainter painter(&image);
-  PaintSpectrum(painter, image.rect(), s, 0);
+  PaintSpectrum(painter, image.rect(), s, 0, DefaultFwhm);
   painter.end();
   return image.save(QString::fromStdString(pngFile), "PNG");
 }
