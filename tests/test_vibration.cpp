@@ -23,14 +23,14 @@ using namespace quintor::test;
 namespace {
 
 // H at the origin, O 1 bohr along x; mode 1 moves H along x and O along y
-// (a unit 3N-vector), modes 2 and 3 are copies at other frequencies.
+// (a 3N-vector of length 0.5), modes 2 and 3 are copies at other frequencies.
 void HydroxylWithModes(Session& s, ViewerState& v) {
   HandMolecule(s, {{1, "H", {0, 0, 0}}, {8, "O", {1.0, 0, 0}}});
   for (double f : {1234.5, 2000.0, 3000.0}) {
     VibMode m;
     m.freq = f;
     m.intensity = f == 1234.5 ? 56.78 : 10.0;
-    m.disp = {{0.6, 0, 0}, {0, 0.8, 0}};
+    m.disp = {{0.3, 0, 0}, {0, 0.4, 0}};
     s.modes.push_back(m);
   }
   StartViewer(s, v);
@@ -105,8 +105,8 @@ TEST(VibrationFilm, FramesSwingAboutTheBaseAndEndOnIt) {
   const auto base = f.s.xyz;
   for (int k = 1; k <= 7; ++k) FilmTick(f.s, f.v);
   const double w = 2.0 * std::sin(7 * 2 * std::numbers::pi / 30);
-  EXPECT_NEAR(f.s.xyz[0][0], base[0][0] + w * 0.6, 1e-12);
-  EXPECT_NEAR(f.s.xyz[1][1], base[1][1] + w * 0.8, 1e-12);
+  EXPECT_NEAR(f.s.xyz[0][0], base[0][0] + w * 0.3, 1e-12);
+  EXPECT_NEAR(f.s.xyz[1][1], base[1][1] + w * 0.4, 1e-12);
   RunFilm(f.s, f.v);
   EXPECT_EQ(f.v.film.period, 3);
   for (size_t i = 0; i < base.size(); ++i)
@@ -173,7 +173,7 @@ TEST(VibrationView, SaveBlockByteForByte) {
   f.s.log.Close();
   EXPECT_EQ(f.p.asked.back(), "Enter the amplitude for the geo distortion:");
   const std::string dash(60, '-');
-  // By hand: the unit vector (0.6 0 0 | 0 0.8 0) times 0.1 A; O at 1 bohr = 0.529177 A.
+  // By hand: the vector (0.3 0 0 | 0 0.4 0) over its length 0.5, times 0.1 A; O at 1 bohr = 0.529177 A.
   const std::string expected =
       "\n\nSaving coordinates distorted by the vibration   1  (Angstroems)\n"
       "Distortion amplitude :     0.100\n\n\nNon-distorted coordinates \n" +
