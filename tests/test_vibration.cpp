@@ -285,6 +285,15 @@ TEST(Journal, ReplayEqualsTheSameKeysTyped) {
   EXPECT_EQ(replay.log, direct);
 }
 
+TEST(Journal, MissingJournalStopsTheRunWithItsName) {
+  SKIP_WITHOUT_TESTDATA();
+  TempDir dir;
+  const std::string log = dir.Write("water.log", ReadFile(TestData("gaussian03/water_mp2.log")));
+  const RunResult r = RunInProcess({log, "/PLAY@" + dir.File("none.jnl")});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_NE(r.console.find("none.jnl"), std::string::npos) << r.console;
+}
+
 TEST(Journal, WordsReadBackAndBadLinesStop) {
   for (Key k : {Plain('a'), Plain(' '), Plain(27), Plain('+'), Extended(ext_key::F3), Extended(ext_key::CtrlDown)})
     EXPECT_EQ(KeyFromWord(KeyWord(k)), k);

@@ -62,7 +62,7 @@ void RunVibrationEntries(Session& s, const Frontend* frontend) {
 
 bool ReplayPlayFile(Session& s) {
   std::ifstream in(s.opt.playFile);
-  if (!in) throw FatalReadError(FieldPlace{s.opt.playFile, 0, 0, 0, "journal"}, "the file can not be read");
+  if (!in) throw FatalReadError(FieldPlace{s.opt.playFile, 0, 0, 0, "journal"}, "missing or unreadable");
   ViewerState v;
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
