@@ -113,6 +113,7 @@ TEST(ViewerQt, KeysFromQtEvents) {
       {Qt::Key_End, Qt::NoModifier, "", Extended(ext_key::End)},
       {Qt::Key_Insert, Qt::NoModifier, "", Extended(ext_key::Ins)},
       {Qt::Key_F10, Qt::NoModifier, "", Extended(ext_key::F10)},
+      {Qt::Key_Escape, Qt::NoModifier, "\x1b", Plain(27)},  // the stop of a film
       {Qt::Key_Plus, Qt::NoModifier, "+", Plain('+')},
       {Qt::Key_Y, Qt::ShiftModifier, "Y", Plain('Y')},
       {Qt::Key_5, Qt::KeypadModifier, "5", Plain('5')},

@@ -50,6 +50,7 @@ std::optional<Key> KeyFromQt(int qtKey, Qt::KeyboardModifiers modifiers, const Q
     case Qt::Key_F3: return Extended(ext_key::F3);
     case Qt::Key_F4: return Extended(ext_key::F4);
     case Qt::Key_F10: return Extended(ext_key::F10);
+    case Qt::Key_Escape: return Plain(27);  // stops a film
     default: break;
   }
   if (text.size() == 1 && text[0].unicode() >= 32 && text[0].unicode() < 127)
