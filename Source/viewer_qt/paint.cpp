@@ -45,7 +45,10 @@ void PaintScene(QPainter& painter, const Scene& scene, const WorldWindow& window
           painter.setPen(pen);
           penSet = true, penColour = p.colour;
         }
-        painter.drawLine(QPointF(a.x, a.y), QPointF(b.x, b.y));
+        if (smooth)
+          painter.drawLine(QPointF(a.x, a.y), QPointF(b.x, b.y));
+        else  // whole pixels take the raster engine's fast path
+          painter.drawLine(QLine(qRound(a.x), qRound(a.y), qRound(b.x), qRound(b.y)));
         break;
       }
       case Shape::Disc: {
