@@ -26,7 +26,8 @@ int main(int argc, char** argv) {
   quintor::Session session;
 #ifdef QUINTOR_WINDOWS
   const quintor::Frontend windows{quintor::HasDisplay, quintor::RunWindows, quintor::SnapView,
-                                  quintor::AskYesNoDialog, quintor::AskTextDialog};
+                                  quintor::AskYesNoDialog, quintor::AskTextDialog,
+                                  quintor::PlotSpectrumPng};
   return quintor::RunQuintor(session, args, &windows);
 #else
   if (quintor::OpensWindows(args)) {

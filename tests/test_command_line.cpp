@@ -180,3 +180,34 @@ TEST(CommandLine, EngineOptions) {
   for (const char* flag : {"/engine<M>", "/hof", "/geoopt", "/charge<N>"})
     EXPECT_NE(UsageText().find(flag), std::string::npos) << flag;
 }
+
+TEST(CommandLine, NormalModeEntries) {
+  struct Case {
+    std::vector<std::string> args;
+    int mode;
+    std::string film;
+    int distort;
+    double amplitude;
+    bool opensWindows;
+  };
+  const Case cases[] = {
+      {{"x", "/0", "/mode7@Film.XYZ"}, 7, "Film.XYZ", 0, 0.1, false},  // the file keeps its case
+      {{"x", "/SNAP@v.png", "/MODE3"}, 3, "", 0, 0.1, true},           // arrows on the picture only
+      {{"x", "/0", "/DISTORT12"}, 0, "", 12, 0.1, false},
+      {{"x", "/0", "/distort2=0.25"}, 0, "", 2, 0.25, false},
+      {{"x", "/PLAY@s.jnl"}, 0, "", 0, 0.1, false},                    // a replay needs no windows
+      {{"x", "/0", "/SPECTRUM@s.png"}, 0, "", 0, 0.1, true},           // a picture needs the painter
+  };
+  for (const Case& c : cases) {
+    const Options o = Parse(c.args);
+    const std::string what = c.args.back();
+    EXPECT_EQ(o.showMode, c.mode) << what;
+    EXPECT_EQ(o.filmFile, c.film) << what;
+    EXPECT_EQ(o.distortMode, c.distort) << what;
+    EXPECT_EQ(o.distortAmplitude, c.amplitude) << what;
+    EXPECT_EQ(OpensWindows(c.args), c.opensWindows) << what;
+  }
+  EXPECT_EQ(Parse({"x", "/SPECTRUM@Spec.csv"}).spectrumFile, "Spec.csv");
+  EXPECT_EQ(Parse({"x", "/PLAY@My.jnl"}).playFile, "My.jnl");
+  EXPECT_THROW(Parse({"x", "/DISTORT2=abc"}), FatalReadError);
+}

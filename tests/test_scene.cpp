@@ -64,6 +64,21 @@ TEST(Scene, ProjectedPositionsAndRadiiForAKnownView) {
   }
 }
 
+// The elements with colours of their own stand apart from one another and
+// from the dark blue ground.
+TEST(Scene, OwnColoursAreDistinctOnTheBackground) {
+  const int own[] = {1, 5, 6, 7, 8, 9, 13, 14, 15, 16, 17, 22};
+  auto apart = [](Rgb a, Rgb b) { return std::abs(a.r - b.r) + std::abs(a.g - b.g) + std::abs(a.b - b.b); };
+  for (int a : own) {
+    EXPECT_GT(apart(ElementColour(a), BackgroundColour), 250) << a;
+    for (int b : own) {
+      if (a < b) {
+        EXPECT_GT(apart(ElementColour(a), ElementColour(b)), 60) << a << " " << b;
+      }
+    }
+  }
+}
+
 TEST(Scene, DepthOrderFarToNearAndNumberOrderWithoutBalls) {
   struct Case {
     int balls;

@@ -153,8 +153,8 @@ TEST(ViewerKeys, PromptsStepsAndReset) {
   DispatchKey(s, v, Plain('5'), p);  // Yes
   const std::vector<std::string> asked = {
       " Rotation step is    5.00 deg. Enter new step in degrees",
-      " Translation step is    0.10 A. Enter new step in A",
-      " Current perspective distance is   10.00 A. Enter new value:",
+      " Translation step is    0.10 bohr. Enter new step in bohr",
+      " Current perspective distance is   10.00 bohr. Enter new value in bohr:",
       "Come back to initial orientation?",
       "Come back to initial orientation?",
   };
@@ -177,7 +177,11 @@ TEST(ViewerKeys, LaterWorkSaysNotAvailableAndEditedSetsAsk) {
   for (MenuCommand m : {MenuCommand::NewSession, MenuCommand::ViewParameters, MenuCommand::Thermodynamics,
                         MenuCommand::ZMatrixMolecule, MenuCommand::AddFragment})
     DispatchMenu(s, v, m, p);
-  EXPECT_EQ(v.messages, std::vector<std::string>(11, " Not available yet"));
+  // The keys say it; a menu item also says which one it is.
+  EXPECT_EQ(std::vector<std::string>(v.messages.begin(), v.messages.begin() + 6),
+            std::vector<std::string>(6, " Not available yet"));
+  EXPECT_EQ(v.messages[6], " Not available yet: New Session");
+  EXPECT_EQ(v.messages[10], " Not available yet: N  Add new atom/fragment");
   // No modes: F3 and V only redraw, and the help does not offer them.
   DispatchKey(s, v, Plain('v'), p);
   EXPECT_EQ(v.messages.size(), 11u);

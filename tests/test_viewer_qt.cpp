@@ -3,7 +3,10 @@
 // mapping and the prompt dialogs.
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QDockWidget>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -14,8 +17,10 @@
 
 #include "viewer/commands.h"
 #include "viewer/scene.h"
+#include "viewer/vibration.h"
 #include "viewer/view_model.h"
 #include "viewer_qt/paint.h"
+#include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
 #include "viewer_qt/windows.h"
 #include "viewer_support.h"
@@ -109,6 +114,7 @@ TEST(ViewerQt, KeysFromQtEvents) {
       {Qt::Key_End, Qt::NoModifier, "", Extended(ext_key::End)},
       {Qt::Key_Insert, Qt::NoModifier, "", Extended(ext_key::Ins)},
       {Qt::Key_F10, Qt::NoModifier, "", Extended(ext_key::F10)},
+      {Qt::Key_Escape, Qt::NoModifier, "\x1b", Plain(27)},  // the stop of a film
       {Qt::Key_Plus, Qt::NoModifier, "+", Plain('+')},
       {Qt::Key_Y, Qt::ShiftModifier, "Y", Plain('Y')},
       {Qt::Key_5, Qt::KeypadModifier, "5", Plain('5')},
@@ -208,4 +214,79 @@ TEST(ViewerQt, InputDialogTakesTheFieldWhicheverButtonClosesIt) {
     });
     EXPECT_EQ(prompts.AskYesNo("Come back to initial orientation?"), yes);
   }
+}
+
+// The film on the window's timer: a click stops it at the end of the first
+// period (30 frames of at least 50 ms), and the journal has the play and
+// where the film stopped; a left drag turns the view and is journalled.
+TEST(ViewerQt, FilmOnTheTimerStopsAtThePeriodAndIsJournalled) {
+  EnsureQtApplication(true);
+  Session s;
+  Formaldehydeish(s);
+  VibMode m;
+  m.freq = 1500.0;
+  m.intensity = 20.0;
+  m.disp.assign(4, Vec3{0.1, 0.0, 0.0});
+  s.modes = {m, m};
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  std::ostringstream journal;
+  ViewerWindow window(s, v, &journal);
+  window.show();
+  QApplication::processEvents();
+  ASSERT_NE(window.spectrumPane(), nullptr);
+
+  QElapsedTimer clock;
+  clock.start();
+  window.Apply(PlayMode(s, v, 2));
+  journal << "play 2\n";  // what a click on the spectrum writes before it plays
+  QMouseEvent click(QEvent::MouseButtonPress, QPointF(5, 5), QPointF(5, 5), Qt::RightButton, Qt::RightButton,
+                    Qt::NoModifier);
+  QApplication::sendEvent(window.view(), &click);
+  while (v.film.running && clock.elapsed() < 20000) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+  EXPECT_FALSE(v.film.running);
+  EXPECT_GE(clock.elapsed(), FilmFrames * FilmPaceMs);
+  EXPECT_EQ(v.film.period, 1);
+  EXPECT_EQ(window.spectrumPane()->current, 2);
+
+  const Mat3 before = s.view.matrix;
+  auto mouse = [&](QEvent::Type type, double x, Qt::MouseButton b, Qt::MouseButtons held) {
+    QMouseEvent e(type, QPointF(x, 100), QPointF(x, 100), b, held, Qt::NoModifier);
+    QApplication::sendEvent(window.view(), &e);
+  };
+  mouse(QEvent::MouseButtonPress, 100, Qt::LeftButton, Qt::LeftButton);
+  mouse(QEvent::MouseMove, 140, Qt::NoButton, Qt::LeftButton);
+  mouse(QEvent::MouseButtonRelease, 140, Qt::LeftButton, Qt::NoButton);
+  ViewState turned;
+  turned.matrix = before;
+  RotateView(turned, 0, 40 * 0.5 * constants::DegToRad, 0);
+  for (int i = 0; i < 3; ++i)
+    for (int k = 0; k < 3; ++k) EXPECT_NEAR(s.view.matrix[i][k], turned.matrix[i][k], 1e-12);
+  EXPECT_EQ(journal.str(), "play 2\nfilm 1\nturn 40 0\n");
+}
+
+// Several sets: the energy plot beside the Message window; a click near
+// its left edge goes to set 0 and is journalled.
+TEST(ViewerQt, EnergyPlotGoesToTheClickedSet) {
+  EnsureQtApplication(true);
+  Session s;
+  HandMolecule(s, {{6, "C", {0, 0, 0}}, {8, "O", {0, 2.3, 0}}}, 4);
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  std::ostringstream journal;
+  ViewerWindow window(s, v, &journal);
+  window.show();
+  QApplication::processEvents();
+  ASSERT_NE(window.energyPane(), nullptr);
+  EXPECT_EQ(window.spectrumPane(), nullptr);  // no modes, no spectrum
+  EXPECT_EQ(v.currentSet, 3);
+  QMouseEvent click(QEvent::MouseButtonPress, QPointF(1, 20), QPointF(1, 20), Qt::LeftButton, Qt::LeftButton,
+                    Qt::NoModifier);
+  QApplication::sendEvent(window.energyPane(), &click);
+  EXPECT_EQ(v.currentSet, 0);
+  EXPECT_EQ(s.xyz[0][0], 0.0);  // set 0 is not shifted
+  EXPECT_EQ(journal.str(), "set 0\n");
+  if (const char* keep = std::getenv("QUINTOR_KEEP_WINDOW")) window.grab().save(keep);
 }

@@ -40,6 +40,7 @@ inline void HandMolecule(Session& s, const std::vector<HandAtom>& atoms, int set
 // Answers the prompts in order; records every question.
 struct ScriptedPrompts : Prompts {
   std::deque<double> reals;
+  std::deque<int> ints;
   std::deque<bool> yesNo;
   std::vector<std::string> asked;
   double AskReal(const std::string& text, double value) override {
@@ -51,7 +52,10 @@ struct ScriptedPrompts : Prompts {
   }
   int AskInteger(const std::string& text, int value) override {
     asked.push_back(text);
-    return value;
+    if (ints.empty()) return value;
+    const int r = ints.front();
+    ints.pop_front();
+    return r;
   }
   std::string AskText(const std::string& text, const std::string& value) override {
     asked.push_back(text);

@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, GXYZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY
 };
 
 struct OptionWord {
@@ -29,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 55> kOptions = {{
+constexpr std::array<OptionWord, 59> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -44,6 +44,7 @@ constexpr std::array<OptionWord, 55> kOptions = {{
     {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
     {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
     {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},      {"/GXYZ", Opt::GXYZ},
+    {"/MODE", Opt::MODE},      {"/DISTORT", Opt::DISTORT}, {"/SPECTRUM@", Opt::SPECTRUM}, {"/PLAY@", Opt::PLAY},
 }};
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -107,6 +108,13 @@ std::string Replace(std::string text, std::string_view from, char to) {
   for (char& c : text)
     if (from.find(c) != std::string_view::npos) c = to;
   return text;
+}
+
+// /MODE<n>[@file.xyz]: the mode number, and the film's file in its own case.
+void ModeOption(Session& s, std::string_view value, std::string_view original, const ValueReader& r) {
+  const size_t at = value.find('@');
+  r.Int(value.substr(0, at), s.opt.showMode);
+  if (at != std::string_view::npos) s.opt.filmFile = Cut(Trim(original.substr(at + 1)), MaxLine);
 }
 
 void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view original,
@@ -260,6 +268,15 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     case Opt::HOF: o.engineHeat = true; break;
     case Opt::GEOOPT: o.engineGeoOpt = true; break;
     case Opt::SCAN: o.engineScan = true; break;
+    case Opt::MODE: ModeOption(s, value, original, r); break;
+    case Opt::DISTORT: {
+      const size_t eq = value.find('=');
+      r.Int(value.substr(0, eq), o.distortMode);
+      if (eq != std::string_view::npos) r.Real(value.substr(eq + 1), o.distortAmplitude);
+      break;
+    }
+    case Opt::SPECTRUM: o.spectrumFile = Cut(Trim(original), MaxLine); break;
+    case Opt::PLAY: o.playFile = Cut(Trim(original), MaxLine); break;
     case Opt::IRMC: {
       o.monteCarlo = true;
       int n = 0;
@@ -312,7 +329,11 @@ bool OpensWindows(const std::vector<std::string>& args) {
   } catch (const std::exception&) {
     return false;
   }
-  return !s.opt.noGraphics || !s.opt.snapFile.empty();
+  // A journal replays without windows; a spectrum picture needs the painter.
+  const std::string& spectrum = s.opt.spectrumFile;
+  const bool spectrumPng = spectrum.size() > 4 && Upper(spectrum.substr(spectrum.size() - 4)) == ".PNG";
+  if (!s.opt.playFile.empty() && s.opt.snapFile.empty() && !spectrumPng) return false;
+  return !s.opt.noGraphics || !s.opt.snapFile.empty() || spectrumPng;
 }
 
 std::string UsageText() {
@@ -388,6 +409,15 @@ std::string UsageText() {
       "   /charge<N> - molecular charge (default 0); the multiplicity is /mult\n"
       "   /scan - with internal rotations (/arir or the specification file): each rotation's\n"
       "           potential by the engine, 37 points of 10 degrees, in place of other barriers\n"
+      "\n"
+      " Normal mode flags (batch, with /0):\n"
+      "   /mode<n>@<file.xyz> - the film of mode n (30 frames of a period, A) as a multi-frame XYZ file\n"
+      "   /mode<n> - with /snap@: draw the displacement arrows of mode n\n"
+      "   /distort<n>[=<A>] - the two geometries distorted by A (default 0.1) A along mode n, to the log\n"
+      "   /spectrum@<file> - the IR spectrum (Raman under /raman), Lorentzian FWHM 10 cm-1, to\n"
+      "                      <file>.csv (wavenumber,intensity) or to a <file>.png picture\n"
+      "   /play@<journal> - replay a journal of the interactive stage offscreen (every interactive\n"
+      "                     run writes <input>.jnl), then end as the interactive work ends\n"
       "   -h, --help, /? - this text;  --version - version and build number\n",
       VersionText, BuildNumber);
 }

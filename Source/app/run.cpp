@@ -251,7 +251,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
         break;
     }
     int status = exit_status::Ok;
-    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty();
+    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty() && s.opt.playFile.empty();
     bool newStructure = false;
     if (!StartUp(s, in, status, windowed ? frontend : nullptr, newStructure)) return Stop(s, status);
     // Windows are needed before the read pass; without a display the run
@@ -273,10 +273,13 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     in.Close();
     PostReadReport(s);
     RunEngineJobs(s);
+    RunVibrationEntries(s, frontend);
     s.view = StartingView(s.opt);  // under /0 the view is never touched
     if (frontend && !s.opt.snapFile.empty()) {
       if (!frontend->snapshot(s, s.opt.snapFile))
         s.Console() << " WARNING! Can not write " << s.opt.snapFile << "\n";
+    } else if (!s.opt.playFile.empty()) {
+      if (ReplayPlayFile(s)) s.opt.doThermo = true;
     } else if (windowed && frontend->interact(s)) {
       s.opt.doThermo = true;
     }

@@ -24,6 +24,8 @@ struct Frontend {
   // up (a missing input); none means No and the value as offered.
   std::function<bool(const std::string&)> askYesNo;
   std::function<std::string(const std::string&, const std::string&)> askText;
+  // Draws the broadened spectrum into a PNG file (/SPECTRUM@file.png).
+  std::function<bool(Session&, const std::string&)> plotSpectrum;
 };
 
 // Runs a session from the command-line arguments (without the program name)
@@ -38,6 +40,13 @@ void FinishLog(Session& s);
 // The semi-empirical engine on the final coordinate set, when /HOF or
 // /GEOOPT asks for it: its lines go to the MainLog after the report.
 void RunEngineJobs(Session& s);
+
+// /MODE<n>@file.xyz, /DISTORT<n> and /SPECTRUM@ on the final geometry.
+void RunVibrationEntries(Session& s, const Frontend* frontend);
+
+// The interactive stage replayed from the journal of /PLAY@, without
+// windows; true when it ended by "CalcTD and Quit".
+bool ReplayPlayFile(Session& s);
 
 // Normal end of the run: last view, evaluation, closing the files. Returns
 // the exit status 0.

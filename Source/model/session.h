@@ -121,6 +121,13 @@ struct Options {
   bool engineGeoOpt = false;          // /GEOOPT: geometry optimisation
   bool engineScan = false;            // /SCAN: the potential of each rotation by the engine
   int charge = 0;                     // /CHARGE
+  // The normal modes in a batch run, and the replay of a journal.
+  int showMode = 0;                   // /MODE<n>: the mode of /MODE<n>@file.xyz and of /SNAP@'s arrows
+  std::string filmFile;               // /MODE<n>@file.xyz: the film as a multi-frame XYZ file
+  int distortMode = 0;                // /DISTORT<n>[=A]: the key-S block in the MainLog
+  double distortAmplitude = 0.1;      // A
+  std::string spectrumFile;           // /SPECTRUM@file.csv or .png
+  std::string playFile;               // /PLAY@file: replay a journal of the interactive stage
 };
 
 // Names of the files of the run.

@@ -1,17 +1,19 @@
 #include "viewer/commands.h"
 
 #include <array>
+#include <cmath>
 #include <limits>
 
 #include "io/fortran_io.h"
 #include "viewer/scene.h"
+#include "viewer/vibration.h"
 #include "viewer/view_model.h"
 
 namespace quintor {
 
 namespace {
 
-constexpr std::array<MenuEntry, 45> kMenu = {{
+constexpr std::array<MenuEntry, 46> kMenu = {{
     {"&File", "", MenuCommand::NewSession},
     {"&File", "&New Session", MenuCommand::NewSession},
     {"&File", "CalcTD and &Quit", MenuCommand::CalcTDAndQuit},
@@ -29,6 +31,7 @@ constexpr std::array<MenuEntry, 45> kMenu = {{
     {"&View", "&S  Set translation step", MenuCommand::TranslationStep},
     {"&View", "&W  Set perspective factor", MenuCommand::PerspectiveFactor},
     {"&View", "&E  Set view parameters", MenuCommand::ViewParameters},
+    {"&View", "Displacement arrows on/off", MenuCommand::DisplacementArrows},
     {"&Calculations", "", MenuCommand::Thermodynamics},
     {"&Calculations", "&Thermodynamics", MenuCommand::Thermodynamics},
     {"&Calculations", "&Geometry optimization", MenuCommand::GeometryOptimization},
@@ -61,11 +64,15 @@ constexpr std::array<MenuEntry, 45> kMenu = {{
 
 constexpr double kDeg = constants::DegToRad;
 
-// A later piece of work: said in the Message window, nothing changes.
-Outcome NotYet(ViewerState& v) {
-  v.messages.emplace_back(NotAvailable);
+// A later piece of work: said in the Message window, nothing changes. A
+// menu item names itself after the text.
+Outcome NotYet(ViewerState& v, std::string_view item = {}) {
+  v.messages.emplace_back(item.empty() ? std::string(NotAvailable) : std::string(NotAvailable) + ": " + std::string(item));
   return {};
 }
+
+// The menu text of a command without its "&" marks.
+std::string_view MenuText(MenuCommand command);
 
 enum class SetMove { First, Last, Previous, Next };
 
@@ -106,16 +113,17 @@ void AskRotationStep(Session& s, Prompts& p) {
   s.view.rotationStep = p.AskReal(" Rotation step is" + StepText(deg) + " deg. Enter new step in degrees", deg) * kDeg;
 }
 
-// The "A" of these two prompts is a word only: the values are in bohr.
+// Both lengths are kept and asked in bohr, and the prompts say so.
 void AskTranslationStep(Session& s, Prompts& p) {
   const double step = s.view.translationStep;
-  s.view.translationStep = p.AskReal(" Translation step is" + StepText(step) + " A. Enter new step in A", step);
+  s.view.translationStep =
+      p.AskReal(" Translation step is" + StepText(step) + " bohr. Enter new step in bohr", step);
 }
 
 void AskPerspectiveDistance(Session& s, Prompts& p) {
   const double d = s.view.perspectiveDistance;
   s.view.perspectiveDistance =
-      p.AskReal(" Current perspective distance is" + StepText(d) + " A. Enter new value:", d);
+      p.AskReal(" Current perspective distance is" + StepText(d) + " bohr. Enter new value in bohr:", d);
 }
 
 Outcome EnterGeometryView(ViewerState& v) {
@@ -131,6 +139,22 @@ void Toggle(int& flag) { flag = -flag; }
 }  // namespace
 
 std::span<const MenuEntry> MenuTable() { return kMenu; }
+
+namespace {
+
+std::string_view MenuText(MenuCommand command) {
+  static std::array<std::string, kMenu.size()> plain;
+  for (size_t k = 0; k < kMenu.size(); ++k) {
+    if (kMenu[k].command != command || kMenu[k].text.empty()) continue;
+    if (plain[k].empty())
+      for (char c : kMenu[k].text)
+        if (c != '&') plain[k] += c;
+    return plain[k];
+  }
+  return {};
+}
+
+}  // namespace
 
 std::vector<std::string> GeometryHelp(bool hasVibrations) {
   std::vector<std::string> lines = {
@@ -182,6 +206,13 @@ void StartViewer(const Session& s, ViewerState& v) {
 }
 
 Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
+  if (v.film.running) {
+    Outcome film;
+    film.redraw = false;
+    film.beep = !FilmKey(v, key);
+    return film;
+  }
+  if (v.mode == ViewerMode::Vibration) return DispatchVibrationKey(s, v, key, prompts);
   ViewState& view = s.view;
   const double step = view.rotationStep;
   Outcome out;
@@ -189,7 +220,7 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
     switch (key.ext) {
       case ext_key::F1: return out;  // no help viewer on this platform
       case ext_key::F2: return EnterGeometryView(v);
-      case ext_key::F3: return v.hasVibrations ? NotYet(v) : out;
+      case ext_key::F3: return v.hasVibrations ? EnterVibrationView(s, v, prompts) : out;
       case ext_key::F4: return NotYet(v);
       case ext_key::F10: out.ending = Ending::Exit; return out;
       case ext_key::Right: RotateView(view, 0, +step, 0); return out;
@@ -213,7 +244,7 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
     case 'a': case 'A': AskRotationStep(s, prompts); return out;
     case 's': case 'S': AskTranslationStep(s, prompts); return out;
     case 'w': case 'W': AskPerspectiveDistance(s, prompts); return out;
-    case 'v': case 'V': return v.hasVibrations ? NotYet(v) : out;
+    case 'v': case 'V': return v.hasVibrations ? EnterVibrationView(s, v, prompts) : out;
     case 'q': case 'Q': out.ending = Ending::Exit; return out;
     case '6': RotateView(view, 0, +step, 0); return out;
     case '4': RotateView(view, 0, -step, 0); return out;
@@ -254,6 +285,7 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
       prompts.ShowMessage("To start animation, press F3 and set the vibration mode number.");
       return out;
     case MenuCommand::Axes: Toggle(s.view.showAxes); return out;
+    case MenuCommand::DisplacementArrows: v.showArrows = !v.showArrows; return out;
     case MenuCommand::Perspective: Toggle(s.view.perspectiveOn); return out;
     case MenuCommand::Labels: Toggle(s.view.showLabels); return out;
     case MenuCommand::Balls: Toggle(s.view.showBalls); return out;
@@ -277,7 +309,7 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
       prompts.ShowMessage("QUINTOR v. 2.5\nA program for the molecular geometry visualization,normal mode "
                           "animation and thermochemical properties evaluation.\nQuintor for Linux: C++20 edition");
       return out;
-    default: return NotYet(v);
+    default: return NotYet(v, MenuText(command));
   }
 }
 
@@ -294,12 +326,49 @@ int NearestAtom(const Session& s, const ViewerState& v, double px, double py) {
 }
 
 Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double py) {
+  return ClickAtom(s, v, button, NearestAtom(s, v, px, py));
+}
+
+Outcome GoToSet(Session& s, ViewerState& v, int set, Prompts& prompts) {
   Outcome out;
+  if (v.mode != ViewerMode::Geometry || v.atomCountChanged != 0 || set < -1 || set > s.iCyc) return out;
+  if (v.structureEdited && !prompts.AskYesNo("Do you want to switch to other coordinate set? (Changes will be lost)"))
+    return out;
+  v.currentSet = set;
+  LoadCoordinateSet(s, v);
+  return out;
+}
+
+Outcome DragTurn(Session& s, ViewerState&, double dx, double dy) {
+  constexpr double kPerPixel = 0.5 * kDeg;
+  if (dx != 0.0) RotateView(s.view, 0, dx * kPerPixel, 0);
+  if (dy != 0.0) RotateView(s.view, 0, 0, -dy * kPerPixel);
+  return {};
+}
+
+Outcome DragShift(Session& s, ViewerState& v, double dx, double dy) {
+  const double perPixel = 1.0 / (PixelsPerBohr(v.window) * s.view.zoom);
+  s.view.shiftX += dx * perPixel;
+  s.view.shiftY -= dy * perPixel;  // rows run down, the world's y up
+  return {};
+}
+
+Outcome WheelZoom(Session& s, ViewerState&, int notches) {
+  s.view.zoom *= std::pow(1.1, notches);
+  return {};
+}
+
+Outcome ClickAtom(Session&, ViewerState& v, MouseButton button, int a) {
+  Outcome out;
+  if (v.mode == ViewerMode::Vibration) {  // both buttons stop the film at the end of its period
+    v.film.stopRequested = true;
+    out.redraw = false;
+    return out;
+  }
   if (button == MouseButton::Right) {
     v.marked.clear();
     return out;
   }
-  const int a = NearestAtom(s, v, px, py);
   if (a == 0) return out;
   for (int m : v.marked)
     if (m == a) return out;

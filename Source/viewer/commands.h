@@ -50,6 +50,7 @@ enum class MenuCommand {
   MarkFragmentHelp, AddFragment, ZMatrixAtom, BondOperation, ReorientByZMatrix, ReorientOXZ, PlaceAtOrigin,
   RemoveFragment, SaveFragment, ZMatrixFragment, StoreFragment,
   Help, About,
+  DisplacementArrows,  // ours
 };
 
 // One item of the menu bar, in order; an empty `text` starts a new menu
@@ -69,6 +70,7 @@ struct Outcome {
   bool helpChanged = false; // the Control keys pane
   bool beep = false;
   Ending ending = Ending::None;
+  bool filmStarted = false; // a film begins: FilmTick at its pace until it ends
 };
 
 inline constexpr std::string_view NotAvailable = " Not available yet";
@@ -93,5 +95,19 @@ enum class MouseButton { Left, Right };
 int NearestAtom(const Session& s, const ViewerState& v, double px, double py);
 // Left marks the nearest atom (a fifth mark starts a new list), right clears.
 Outcome Click(Session& s, ViewerState& v, MouseButton button, double px, double py);
+// Set `set` on show (a click on the energy plot): as the set keys do, with
+// the question when the structure was edited; nothing outside the Geometry
+// view or after atoms were added or removed.
+Outcome GoToSet(Session& s, ViewerState& v, int set, Prompts& prompts);
+
+// Mouse gestures, as in Avogadro and Jmol: a left drag turns the view half
+// a degree a pixel (right turns as the Right key does, up as Up), a middle
+// drag moves the picture with the pointer, a wheel notch zooms by 1.1.
+Outcome DragTurn(Session& s, ViewerState& v, double dxPixels, double dyPixels);
+Outcome DragShift(Session& s, ViewerState& v, double dxPixels, double dyPixels);
+Outcome WheelZoom(Session& s, ViewerState& v, int notches);
+
+// The same for a click on atom `atom` (1-based; 0 is a click beside every atom).
+Outcome ClickAtom(Session& s, ViewerState& v, MouseButton button, int atom);
 
 }  // namespace quintor

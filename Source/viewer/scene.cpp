@@ -14,7 +14,8 @@ namespace {
 constexpr double kA = constants::BohrToAngstrom;
 
 // The 110 element colours: a barely tinted grey count-down, then the
-// elements that have a colour of their own.
+// elements that have a colour of their own, each apart from the others and
+// from the background (F and P were cyan and blue).
 std::array<Rgb, 111> MakeElementColours() {
   std::array<Rgb, 111> c;
   c.fill(Rgb{200, 200, 200});
@@ -25,10 +26,10 @@ std::array<Rgb, 111> MakeElementColours() {
   c[6] = {0, 255, 255};
   c[7] = {80, 160, 220};
   c[8] = {255, 0, 0};
-  c[9] = {0, 255, 255};
+  c[9] = {144, 224, 80};  // apart from C's cyan
   c[13] = {150, 190, 255};
   c[14] = {230, 150, 0};
-  c[15] = {0, 0, 255};
+  c[15] = {255, 110, 180};  // pure blue vanished on the dark blue ground
   c[16] = {255, 255, 0};
   c[17] = {200, 250, 50};
   c[22] = {180, 200, 220};
@@ -36,6 +37,31 @@ std::array<Rgb, 111> MakeElementColours() {
 }
 
 const std::array<Rgb, 111> kElementColours = MakeElementColours();
+
+// Each atom's arrow points to where the film's swing takes it at its
+// widest (2.0 times the displacement), with a head of two short strokes.
+void AddDisplacementArrows(const Session& s, const ViewerState& v, Scene& scene) {
+  const int mode = v.film.currentMode;
+  if (!v.showArrows || mode < 1 || mode > static_cast<int>(s.modes.size())) return;
+  const VibMode& m = s.modes[static_cast<size_t>(mode - 1)];
+  for (int i = 0; i < s.nAtoms && static_cast<size_t>(i) < m.disp.size(); ++i) {
+    const Vec3 tipXyz{s.xyz[i][0] + 2.0 * m.disp[i][0], s.xyz[i][1] + 2.0 * m.disp[i][1],
+                      s.xyz[i][2] + 2.0 * m.disp[i][2]};
+    const Vec3 tip = ScreenCoords(s.view, tipXyz);
+    const double f = PerspectiveFactor(s.view, tip[2]);
+    const double fa = PerspectiveFactor(s.view, v.screen[i][2]);
+    const double x0 = v.screen[i][0] * fa, y0 = v.screen[i][1] * fa, x1 = tip[0] * f, y1 = tip[1] * f;
+    const double dx = x1 - x0, dy = y1 - y0, len = std::hypot(dx, dy);
+    if (len < 0.05) continue;  // a motion along the line of sight, or none
+    scene.items.push_back({Shape::Line, ArrowColour, x0, y0, x1, y1, 0.0, {}});
+    const double head = std::min(0.3, 0.3 * len), c = std::cos(0.45), sn = std::sin(0.45);
+    const double ux = -dx / len, uy = -dy / len;
+    for (double sign : {1.0, -1.0}) {
+      const double hx = ux * c - sign * uy * sn, hy = sign * ux * sn + uy * c;
+      scene.items.push_back({Shape::Line, ArrowColour, x1, y1, x1 + head * hx, y1 + head * hy, 0.0, {}});
+    }
+  }
+}
 
 }  // namespace
 
@@ -126,6 +152,7 @@ Scene BuildScene(const Session& s, ViewerState& v) {
     const double f = PerspectiveFactor(s.view, v.screen[a - 1][2]);
     scene.items.push_back({Shape::Ring, MarkColour, x, y, 0.0, 0.0, f * MarkRadius(s.atomicNumber[a - 1]), {}});
   }
+  AddDisplacementArrows(s, v, scene);
   if (s.view.showAxes != -1) {
     // The origin of the molecular frame is taken without a perspective factor.
     const double ox = s.view.shiftX * s.view.zoom, oy = s.view.shiftY * s.view.zoom;

@@ -22,6 +22,7 @@ inline constexpr Rgb BackgroundColour{0, 0, 128};
 inline constexpr Rgb MarkColour{85, 255, 85};     // VGA palette 10, bright green
 inline constexpr Rgb AxisColour{255, 255, 85};    // VGA palette 14, yellow
 inline constexpr Rgb LabelColour{255, 255, 255};  // VGA palette 15, bright white
+inline constexpr Rgb ArrowColour{255, 160, 0};    // displacement arrows, orange
 
 // Colour and radii (world units) of an element's ball; the mark circle is
 // a little wider than the ball.
@@ -64,7 +65,8 @@ std::array<double, 2> DrawnPosition(const Session& s, const ViewerState& v, int 
 
 // ProjectAll, then the frame: per atom from far to near its bond sticks
 // (half in each atom's colour), its ball and its label; then the mark
-// circles and the axes.
+// circles, the displacement arrows of the mode on show (when switched on)
+// and the axes.
 Scene BuildScene(const Session& s, ViewerState& v);
 
 // Atom numbers (1-based) from far to near; equal depths keep number order.

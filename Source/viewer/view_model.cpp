@@ -1,5 +1,6 @@
 #include "viewer/view_model.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "analysis/bond_radii.h"
@@ -96,6 +97,23 @@ bool ReadViewFile(const std::string& path, ViewState& v) {
     return true;
   }
   return false;
+}
+
+void FitStartingView(const Session& s, double aspect, ViewState& v) {
+  if (s.opt.viewGiven || !s.opt.viewFile.empty() || s.nAtoms == 0) return;
+  constexpr double kMargin = 0.5;  // a ball and a little air, bohr
+  double lo[2] = {1e300, 1e300}, hi[2] = {-1e300, -1e300};
+  for (int i = 0; i < s.nAtoms; ++i) {
+    const Vec3 l = LabCoords(v, s.xyz[i]);
+    for (int k = 0; k < 2; ++k) lo[k] = std::min(lo[k], l[k] - kMargin), hi[k] = std::max(hi[k], l[k] + kMargin);
+  }
+  const double halfWidth = 10.0 * aspect, halfHeight = 10.0;
+  const bool fits = lo[0] + v.shiftX >= -halfWidth && hi[0] + v.shiftX <= halfWidth &&
+                    lo[1] + v.shiftY >= -halfHeight && hi[1] + v.shiftY <= halfHeight;
+  if (fits) return;
+  v.shiftX = -(lo[0] + hi[0]) / 2.0;
+  v.shiftY = -(lo[1] + hi[1]) / 2.0;
+  v.zoom = std::min({1.0, halfWidth / ((hi[0] - lo[0]) / 2.0), halfHeight / ((hi[1] - lo[1]) / 2.0)});
 }
 
 ViewState StartingView(const Options& opt) {

@@ -29,6 +29,12 @@ Vec3 ScreenCoords(const ViewState& v, const Vec3& molecular);
 // the "Last view parameters:" block of a file named by /V@.
 ViewState StartingView(const Options& opt);
 
+// A molecule that does not fit the 20-bohr height at zoom 1 opens whole:
+// centred by the shifts, with the zoom that fits it into a window of
+// `aspect` (width / height). A view given by /V or /V@ is kept, and key 5
+// still resets to zoom 1 without shifts.
+void FitStartingView(const Session& s, double aspect, ViewState& v);
+
 // Reads the "Last view parameters:" block of a MainLog into `v`. False (and
 // `v` unchanged) when the file or the block is missing.
 bool ReadViewFile(const std::string& path, ViewState& v);

@@ -17,10 +17,46 @@ struct WorldWindow {
   double Aspect() const { return static_cast<double>(width) / height; }
 };
 
-enum class ViewerMode { Geometry = -1, FragmentEdit = 1 };
+// The Vibration view turns the view as the Geometry view does; it is a
+// mode of its own here because its keys mean other things.
+enum class ViewerMode { Geometry = -1, FragmentEdit = 1, Vibration = 2 };
 
 inline constexpr int MaxMarked = 4;
 inline constexpr int MaxBonds = 16;
+
+// The ring of key bytes read while a film runs: 256 bytes, Head the last
+// stored, Tail the last fetched; a full ring drops the byte.
+struct KeyRing {
+  int head = 0, tail = 0;
+  std::array<unsigned char, 256> buffer{};
+  bool listening = false;  // false from a capital Q to the next film
+
+  void Start() { head = tail = 0, listening = true; }
+  bool Waiting() const { return tail != head; }
+  int Next() {
+    if (tail == head) return ' ';
+    tail = (tail + 1) % 256;
+    return buffer[tail];
+  }
+  bool Push(unsigned char byte) {
+    const int next = (head + 1) % 256;
+    if (next == tail) return false;
+    head = next;
+    buffer[head] = byte;
+    return true;
+  }
+};
+
+// The film of a normal mode: 30 frames a period, at most three periods.
+struct Film {
+  bool running = false;
+  int currentMode = 0;       // 1-based, 0 before the first answer
+  std::vector<Vec3> base;    // BaseCoords, bohr
+  double phase = 0.0;
+  int period = 0, frame = 0; // periods finished, frames shown in this one
+  bool stopRequested = false;
+  KeyRing ring;
+};
 
 struct ViewerState {
   ViewerMode mode = ViewerMode::Geometry;
@@ -43,6 +79,9 @@ struct ViewerState {
   std::string setLine;                 // row 1 of the Molecular view
   std::vector<std::string> help;       // the Control keys pane
   std::vector<std::string> messages;   // lines the viewer adds to the Message window
+
+  Film film;                           // the Vibration view
+  bool showArrows = false;             // displacement arrows of film.currentMode
 };
 
 }  // namespace quintor

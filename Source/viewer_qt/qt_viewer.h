@@ -32,4 +32,7 @@ std::string AskTextDialog(const std::string& text, const std::string& value);
 // view's default size (896 x 947), without a display.
 bool SnapView(Session& s, const std::string& pngFile);
 
+// Draws the broadened spectrum of the modes into a PNG of 1000 x 500 pixels.
+bool PlotSpectrumPng(Session& s, const std::string& pngFile);
+
 }  // namespace quintor

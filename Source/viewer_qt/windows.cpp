@@ -1,7 +1,9 @@
 #include "viewer_qt/windows.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <fstream>
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -14,6 +16,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMouseEvent>
+#include <QWheelEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
@@ -22,10 +25,14 @@
 #include <QTextCursor>
 #include <QVBoxLayout>
 
+#include "io/file_names.h"
 #include "io/fortran_io.h"
 #include "readers/elements.h"
 #include "viewer/scene.h"
+#include "viewer/vibration.h"
+#include "viewer/view_model.h"
 #include "viewer_qt/paint.h"
+#include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
 
 namespace quintor {
@@ -48,6 +55,7 @@ std::optional<Key> KeyFromQt(int qtKey, Qt::KeyboardModifiers modifiers, const Q
     case Qt::Key_F3: return Extended(ext_key::F3);
     case Qt::Key_F4: return Extended(ext_key::F4);
     case Qt::Key_F10: return Extended(ext_key::F10);
+    case Qt::Key_Escape: return Plain(27);  // stops a film
     default: break;
   }
   if (text.size() == 1 && text[0].unicode() >= 32 && text[0].unicode() < 127)
@@ -139,11 +147,35 @@ void MolecularView::keyPressEvent(QKeyEvent* event) {
   if (onKey) onKey(*key);
 }
 
+// A left click marks at its release, unless the pointer moved: then the
+// press began a turn. The right button clears at once.
 void MolecularView::mousePressEvent(QMouseEvent* event) {
-  const auto button = event->button() == Qt::LeftButton    ? std::optional(MouseButton::Left)
-                      : event->button() == Qt::RightButton ? std::optional(MouseButton::Right)
-                                                           : std::nullopt;
-  if (button && onClick) onClick(*button, event->position().x(), event->position().y());
+  last_ = event->position();
+  dragged_ = false;
+  if (event->button() == Qt::RightButton && onClick) onClick(MouseButton::Right, last_.x(), last_.y());
+}
+
+void MolecularView::mouseMoveEvent(QMouseEvent* event) {
+  const bool left = event->buttons() & Qt::LeftButton, middle = event->buttons() & Qt::MiddleButton;
+  if (!left && !middle) return;
+  const QPointF d = event->position() - last_;
+  if (left && !dragged_ && std::abs(d.x()) + std::abs(d.y()) < 4) return;  // a shaky click
+  dragged_ = dragged_ || left;
+  last_ = event->position();
+  if (onDrag) onDrag(middle && !left, d.x(), d.y());
+}
+
+void MolecularView::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton && !dragged_ && onClick)
+    onClick(MouseButton::Left, event->position().x(), event->position().y());
+  dragged_ = false;
+}
+
+void MolecularView::wheelEvent(QWheelEvent* event) {
+  wheel_ += event->angleDelta().y();
+  const int notches = wheel_ / 120;
+  wheel_ -= notches * 120;
+  if (notches != 0 && onWheel) onWheel(notches);
 }
 
 // ---- The main window ------------------------------------------------------------------
@@ -169,7 +201,9 @@ QDockWidget* Dock(const char* title, QWidget* content) {
 
 }  // namespace
 
-ViewerWindow::ViewerWindow(Session& s, ViewerState& v) : s_(s), v_(v) {
+ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
+    : s_(s), v_(v), recording_(prompts_, journal_) {
+  journal_.out = journal;
   setWindowTitle(QString::fromStdString("Quintor - " + s.files.inputName));
   view_ = new MolecularView(s, v);
   setCentralWidget(view_);
@@ -189,12 +223,62 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v) : s_(s), v_(v) {
                          2 * (keys_->frameWidth() + static_cast<int>(keys_->document()->documentMargin())) +
                          style()->pixelMetric(QStyle::PM_TitleBarHeight);
   resizeDocks({messageDock, keysDock}, {std::max(1024 - 80 - keysHeight, 200), keysHeight}, Qt::Vertical);
+  if (v.hasVibrations) {
+    // The spectrum beside the Message window; a click on a peak plays its mode.
+    spectrum_ = new SpectrumPane(s);
+    auto* spectrumDock = Dock("Spectrum", spectrum_);
+    addDockWidget(Qt::RightDockWidgetArea, spectrumDock);
+    splitDockWidget(messageDock, spectrumDock, Qt::Vertical);
+    spectrum_->onMode = [this](int mode) {
+      if (v_.film.running) return;
+      journal_.Played(mode);
+      Apply(PlayMode(s_, v_, mode));
+    };
+    spectrum_->onAskWidth = [this] {
+      const double w = prompts_.AskReal("Line width (FWHM) of the spectrum, cm-1:", spectrum_->fwhm);
+      if (w > 0.0) spectrum_->fwhm = w;
+      spectrum_->update();
+    };
+  }
+  if (s.iCyc > 0) {
+    // Several coordinate sets: their energies by step; a click goes to a set.
+    energy_ = new EnergyPane(s, v.currentSet);
+    auto* energyDock = Dock("Energy by step", energy_);
+    addDockWidget(Qt::RightDockWidgetArea, energyDock);
+    splitDockWidget(messageDock, energyDock, Qt::Vertical);
+    energy_->onSet = [this](int set) {
+      if (v_.film.running) return;
+      journal_.Line("set " + std::to_string(set));
+      Apply(GoToSet(s_, v_, set, recording_));
+    };
+  }
+  // The film's pace: 50 ms of rest after each frame is drawn.
+  filmTimer_.setSingleShot(true);
+  filmTimer_.setInterval(FilmPaceMs);
+  connect(&filmTimer_, &QTimer::timeout, this, [this] { FilmFrameDue(); });
   prompts_.parent = this;
   BuildMenus();
 
   for (const std::string& line : s.messages) messages_->appendPlainText(QString::fromStdString(line));
-  view_->onKey = [this](Key key) { Apply(DispatchKey(s_, v_, key, prompts_)); };
-  view_->onClick = [this](MouseButton b, double x, double y) { Apply(Click(s_, v_, b, x, y)); };
+  // Keys and clicks during a film only feed the film's stop; its journal
+  // line says where it stopped.
+  view_->onKey = [this](Key key) {
+    if (!v_.film.running) journal_.KeyPressed(key);
+    Apply(DispatchKey(s_, v_, key, recording_));
+  };
+  view_->onClick = [this](MouseButton b, double x, double y) {
+    const int atom = NearestAtom(s_, v_, x, y);
+    if (!v_.film.running) journal_.ClickOn(b, atom);
+    Apply(ClickAtom(s_, v_, b, atom));
+  };
+  view_->onDrag = [this](bool middle, double dx, double dy) {
+    journal_.Gesture(middle ? "shift" : "turn", dx, dy);
+    Apply(middle ? DragShift(s_, v_, dx, dy) : DragTurn(s_, v_, dx, dy));
+  };
+  view_->onWheel = [this](int notches) {
+    journal_.Line("zoom " + std::to_string(notches));
+    Apply(WheelZoom(s_, v_, notches));
+  };
   Outcome start;
   start.helpChanged = true;
   Apply(start);
@@ -211,7 +295,11 @@ void ViewerWindow::BuildMenus() {
     }
     const MenuCommand command = e.command;
     QAction* action = menu->addAction(QString::fromUtf8(e.text.data(), static_cast<int>(e.text.size())));
-    connect(action, &QAction::triggered, this, [this, command] { Apply(DispatchMenu(s_, v_, command, prompts_)); });
+    connect(action, &QAction::triggered, this, [this, command] {
+      if (v_.film.running) return;  // the film has the keyboard and the mouse to itself
+      journal_.MenuItem(command);
+      Apply(DispatchMenu(s_, v_, command, recording_));
+    });
   }
 }
 
@@ -233,7 +321,22 @@ void ViewerWindow::Apply(const Outcome& out) {
     close();
     return;
   }
-  if (out.redraw) view_->update();
+  if (out.filmStarted) {
+    if (spectrum_) spectrum_->current = v_.film.currentMode, spectrum_->update();
+    filmTimer_.start();
+  }
+  if (out.redraw || out.filmStarted) view_->update();
+  if (energy_) energy_->update();
+}
+
+void ViewerWindow::FilmFrameDue() {
+  const bool running = FilmTick(s_, v_);
+  view_->repaint();  // the drawing time adds to the pace
+  if (running) {
+    filmTimer_.start();
+    return;
+  }
+  journal_.FilmEnded(v_.film.period);
 }
 
 void ViewerWindow::closeEvent(QCloseEvent* event) {
@@ -269,6 +372,7 @@ ViewerState ViewerFor(Session& s) {
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
+  FitStartingView(s, v.window.Aspect(), s.view);
   return v;
 }
 
@@ -277,7 +381,8 @@ ViewerState ViewerFor(Session& s) {
 bool RunWindows(Session& s) {
   EnsureQtApplication();
   ViewerState v = ViewerFor(s);
-  ViewerWindow window(s, v);
+  std::ofstream journal(DerivedName(s.files.inputName, ".jnl"));
+  ViewerWindow window(s, v, journal ? &journal : nullptr);
   window.show();
   QApplication::exec();
   return window.ending() == Ending::CalcTDAndQuit;
@@ -298,7 +403,20 @@ std::string AskTextDialog(const std::string& text, const std::string& value) {
 bool SnapView(Session& s, const std::string& pngFile) {
   EnsureQtApplication(true);
   ViewerState v = ViewerFor(s);
+  if (s.opt.showMode >= 1 && s.opt.showMode <= v.nVib) {  // /MODE<n>: its arrows
+    v.film.currentMode = s.opt.showMode;
+    v.showArrows = true;
+  }
   return RenderView(s, v).save(QString::fromStdString(pngFile), "PNG");
+}
+
+bool PlotSpectrumPng(Session& s, const std::string& pngFile) {
+  EnsureQtApplication(true);
+  QImage image(1000, 500, QImage::Format_RGB32);
+  QPainter painter(&image);
+  PaintSpectrum(painter, image.rect(), s, 0, DefaultFwhm);
+  painter.end();
+  return image.save(QString::fromStdString(pngFile), "PNG");
 }
 
 }  // namespace quintor

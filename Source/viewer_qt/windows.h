@@ -9,10 +9,12 @@
 #include <QDialog>
 #include <QMainWindow>
 #include <QPlainTextEdit>
+#include <QTimer>
 #include <QWidget>
 
 #include "model/session.h"
 #include "viewer/commands.h"
+#include "viewer/journal.h"
 #include "viewer/viewer_state.h"
 
 namespace quintor {
@@ -40,22 +42,36 @@ class MolecularView : public QWidget {
   MolecularView(const Session& s, ViewerState& v, QWidget* parent = nullptr);
   std::function<void(Key)> onKey;
   std::function<void(MouseButton, double, double)> onClick;
+  // A left drag (turn) or a middle drag (shift) by so many pixels; the wheel.
+  std::function<void(bool middle, double, double)> onDrag;
+  std::function<void(int)> onWheel;
 
  protected:
   void paintEvent(QPaintEvent*) override;
   void resizeEvent(QResizeEvent*) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
 
  private:
   const Session& s_;
   ViewerState& v_;
+  QPointF last_;          // the pointer at the last press or move
+  bool dragged_ = false;  // a left press that moved is a turn, not a click
+  int wheel_ = 0;         // eighths of a degree not yet a whole notch
 };
 
 // The frame of the interactive stage.
+class SpectrumPane;
+class EnergyPane;
+
+// The frame of the interactive stage. Every action goes to `journal` (the
+// <input>.jnl of the run) as it is done.
 class ViewerWindow : public QMainWindow {
  public:
-  ViewerWindow(Session& s, ViewerState& v);
+  ViewerWindow(Session& s, ViewerState& v, std::ostream* journal = nullptr);
   Ending ending() const { return ending_; }
   MolecularView* view() const { return view_; }
   // The two text panes, for a look from the tests.
@@ -64,6 +80,10 @@ class ViewerWindow : public QMainWindow {
   // Carries out a command's outcome: panes, beep, redraw, end.
   void Apply(const Outcome& out);
   DialogPrompts& prompts() { return prompts_; }
+  SpectrumPane* spectrumPane() const { return spectrum_; }
+  EnergyPane* energyPane() const { return energy_; }
+  // One frame of a running film, as the film's timer gives it.
+  void FilmFrameDue();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -77,6 +97,11 @@ class ViewerWindow : public QMainWindow {
   QPlainTextEdit* messages_ = nullptr;
   QPlainTextEdit* keys_ = nullptr;
   DialogPrompts prompts_;
+  JournalWriter journal_;
+  RecordingPrompts recording_;
+  SpectrumPane* spectrum_ = nullptr;
+  EnergyPane* energy_ = nullptr;
+  QTimer filmTimer_;
   size_t shownMessages_ = 0;
   Ending ending_ = Ending::None;
 };

@@ -1,0 +1,74 @@
+// The normal modes in a batch run: the film of a mode as an XYZ file, the
+// key-S block of a mode in the MainLog, and the broadened spectrum.
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "app/run.h"
+#include "io/fortran_io.h"
+#include "readers/elements.h"
+#include "viewer/journal.h"
+#include "viewer/scene.h"
+#include "viewer/view_model.h"
+#include "viewer/vibration.h"
+
+namespace quintor {
+
+namespace {
+
+// The geometry the viewer opens on: the last coordinate set.
+std::vector<Vec3> FinalGeometry(const Session& s) {
+  const CoordSet& set = s.Set(s.iCyc);
+  if (static_cast<int>(set.xyz.size()) >= s.nAtoms)
+    return {set.xyz.begin(), set.xyz.begin() + s.nAtoms};
+  return s.xyz;
+}
+
+bool HasMode(Session& s, int n, const char* option) {
+  if (n >= 1 && n <= static_cast<int>(s.modes.size())) return true;
+  const std::string text = std::string(" WARNING! ") + option + ": there is no normal mode " + std::to_string(n) +
+                           " (the input has " + std::to_string(s.modes.size()) + ")";
+  s.Console() << text << "\n";
+  s.log.EndLine();
+  s.log.Line(text);
+  return false;
+}
+
+bool IsPng(const std::string& name) {
+  return name.size() > 4 && (name.ends_with(".png") || name.ends_with(".PNG"));
+}
+
+}  // namespace
+
+void RunVibrationEntries(Session& s, const Frontend* frontend) {
+  const Options& o = s.opt;
+  if (!o.filmFile.empty() && HasMode(s, o.showMode, "/MODE")) {
+    std::vector<std::string> symbols;
+    for (int i = 0; i < s.nAtoms; ++i) symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
+    if (!WriteFilmXyz(s, o.showMode, FinalGeometry(s), symbols, o.filmFile))
+      s.Console() << " WARNING! Can not write " << o.filmFile << "\n";
+  }
+  if (o.distortMode != 0 && HasMode(s, o.distortMode, "/DISTORT"))
+    WriteDistortedGeometry(s, o.distortMode, FinalGeometry(s), o.distortAmplitude);
+  if (!o.spectrumFile.empty()) {
+    bool written = false;
+    if (!IsPng(o.spectrumFile))
+      written = WriteSpectrumCsv(s, o.spectrumFile);
+    else if (frontend && frontend->plotSpectrum)
+      written = frontend->plotSpectrum(s, o.spectrumFile);
+    if (!written) s.Console() << " WARNING! Can not write " << o.spectrumFile << "\n";
+  }
+}
+
+bool ReplayPlayFile(Session& s) {
+  std::ifstream in(s.opt.playFile);
+  if (!in) throw FatalReadError(FieldPlace{s.opt.playFile, 0, 0, 0, "journal"}, "missing or unreadable");
+  ViewerState v;
+  StartViewer(s, v);
+  for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
+  LoadCoordinateSet(s, v);
+  FitStartingView(s, v.window.Aspect(), s.view);
+  return ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
+}
+
+}  // namespace quintor
