@@ -121,6 +121,12 @@ struct Options {
   bool engineGeoOpt = false;          // /GEOOPT: geometry optimisation
   bool engineScan = false;            // /SCAN: the potential of each rotation by the engine
   int charge = 0;                     // /CHARGE
+  // Quasi-RRHO corrections of the full evaluation; cut-offs in cm-1.
+  QuasiEntropy quasiEntropy = QuasiEntropy::None;  // /QS Grimme, /QT Truhlar
+  double quasiEntropyCutoff = 100.0;
+  bool quasiEnthalpy = false;                      // /QH Head-Gordon
+  double quasiEnthalpyCutoff = 100.0;
+  double concentration = 0.0;         // /CONC, mol/L: the standard state; 0 keeps the pressure
 };
 
 // Names of the files of the run.
