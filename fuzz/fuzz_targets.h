@@ -22,5 +22,7 @@ void FuzzSpecFile(const uint8_t* data, size_t size);
 void FuzzConfigFile(const uint8_t* data, size_t size);
 void FuzzZMatrix(const uint8_t* data, size_t size);
 void FuzzCommandLine(const uint8_t* data, size_t size);  // arguments split at newlines
+void FuzzOrca(const uint8_t* data, size_t size);    // the ORCA reader, forced
+void FuzzQChem(const uint8_t* data, size_t size);   // the Q-Chem reader, forced
 
 }  // namespace quintor::fuzz

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang and runs each for SECONDS.
-#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line)
+#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line orca qchem)
 # Corpora and crash artifacts stay in build-fuzz/ (not in the repository); an
 # input that found a fault belongs, minimised, in tests/fuzz_regressions/<target>/.
 set -euo pipefail
@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:?usage: fuzz/run_fuzzers.sh SECONDS [target ...]}
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line)
+[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line orca qchem)
 shared=../shared/testdata
 
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DQUINTOR_FUZZ=ON -DQUINTOR_TESTS=OFF \
@@ -42,6 +42,8 @@ make_corpus() {
       for f in tests/inputs/priroda*; do [ -f "$f" ] && seed "$dir" 17 "$f"; done
       for f in tests/inputs/korvandel*; do [ -f "$f" ] && seed "$dir" 5 "$f"; done
       seed "$dir" 4 examples/ethanol_xtb.out ;;
+    orca) for f in "$shared"/orca/*.out; do seed "$dir" 0 "$f"; seed "$dir" 1 "$f"; done ;;
+    qchem) for f in "$shared"/qchem/*.out; do seed "$dir" 0 "$f"; seed "$dir" 1 "$f"; done ;;
     zmatrix) for f in tests/inputs/*.gzmat; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
     config_file) cp data/Quintor.cfg "$dir/"; for f in tests/inputs/*.cfg; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
     tdi_file)

@@ -20,5 +20,7 @@ void ReadXyzAtLabel(Session& s, LineReader& in);
 void ReadGxyz(Session& s, LineReader& in);
 void ReadGaussianZMatrix(Session& s, LineReader& in);
 void ReadPriroda(Session& s, LineReader& in);
+void ReadOrcaLog(Session& s, LineReader& in);
+void ReadQChemLog(Session& s, LineReader& in);
 
 }  // namespace quintor
