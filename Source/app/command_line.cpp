@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN, QS, QH, QT, CONC
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, QS, QH, QT, CONC, SCALEAUTO
 };
 
 struct OptionWord {
@@ -29,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 58> kOptions = {{
+constexpr std::array<OptionWord, 59> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -41,7 +41,7 @@ constexpr std::array<OptionWord, 58> kOptions = {{
     {"/CSV@", Opt::CSV},       {"/JSON", Opt::JSON},      {"/CHARGE", Opt::CHARGE},  {"/CONC", Opt::CONC},
     {"/C", Opt::C},
     {"/@", Opt::SPEC},         {"/THERMO", Opt::THERMO},  {"/V@", Opt::VIEWFILE},    {"/V", Opt::VIEW},
-    {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
+    {"/SCALEAUTO", Opt::SCALEAUTO}, {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
     {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
     {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
     {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},      {"/QS", Opt::QS},          {"/QH", Opt::QH},
@@ -207,7 +207,9 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       for (int k = 0; k < o.viewValues; ++k) r.Real(values[k], o.view[k]);
       break;
     }
+    case Opt::SCALEAUTO: o.scaleAuto = true; break;
     case Opt::SCALE:
+      o.freqScaleByUser = true;
       r.Real(value, o.freqScale);
       if (o.freqScale <= 0.0) o.freqScale = 1.0;
       break;
@@ -346,6 +348,8 @@ std::string UsageText() {
       "   /rot<N>, /rotnum<N> - rotational symmetry number set by user\n"
       "   /ts - the structure is a transition state\n"
       "   /scale<S> - frequency scaling factor (default 1.0)\n"
+      "   /scaleauto - scale factor (ZPE) from a table by the log's method and basis set;\n"
+      "                /scale<S> stands over it\n"
       "   /fx<F> - bottom limit of frequencies used in evaluation, cm-1\n"
       "   /rx<M> - upper limit of reduced masses used in evaluation, amu\n"
       "   /fp<F> - negative frequencies above F are treated as positive\n"

@@ -10,6 +10,7 @@
 #include "app/command_line.h"
 #include "app/report.h"
 #include "app/results.h"
+#include "app/scale_auto.h"
 #include "io/file_names.h"
 #include "io/fortran_io.h"
 #include "io/line_reader.h"
@@ -217,6 +218,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
       return key == 'N' || key == 'n';
     });
     in.Close();
+    ApplyScaleAuto(s);
     PostReadReport(s);
     RunEngineJobs(s);
     s.view = StartingView(s.opt);  // under /0 the view is never touched

@@ -127,6 +127,9 @@ struct Options {
   bool quasiEnthalpy = false;                      // /QH Head-Gordon
   double quasiEnthalpyCutoff = 100.0;
   double concentration = 0.0;         // /CONC, mol/L: the standard state; 0 keeps the pressure
+  bool scaleAuto = false;             // /SCALEAUTO: scale factor from the level of theory
+  bool freqScaleByUser = false;       // /SCALE given, over /SCALEAUTO
+  std::string conformerList;          // a list of logs given as the input (/BOLTZ)
 };
 
 // Names of the files of the run.

@@ -1,6 +1,9 @@
 // Entry points of the readers of the individual formats.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "io/line_reader.h"
 #include "model/session.h"
 #include "readers/read_pass.h"
@@ -22,5 +25,9 @@ void ReadGaussianZMatrix(Session& s, LineReader& in);
 void ReadPriroda(Session& s, LineReader& in);
 void ReadOrcaLog(Session& s, LineReader& in);
 void ReadQChemLog(Session& s, LineReader& in);
+
+// The keywords of the calculation as the log echoes its input (Gaussian's
+// route, ORCA's "!" lines, Q-Chem's $rem block), split into words.
+std::vector<std::string> InputKeywords(const std::string& path);
 
 }  // namespace quintor
