@@ -376,6 +376,8 @@ std::string UsageText() {
       "\n"
       " Run flags:\n"
       "   /0 - batch mode: no windows, read, report and evaluate unattended\n"
+      "   /boltz - the input is a list of logs of one molecule (one a line): each is evaluated,\n"
+      "            then Boltzmann weights by G, duplicates counted once, the ensemble G\n"
       "   /json - also write the results to <input>.json beside the MainLog\n"
       "   /csv@<file> - append one summary row of the run to <file> (header when new)\n"
       "   /nolog - do not keep the log file\n"

@@ -8,6 +8,7 @@
 #include <ostream>
 
 #include "app/command_line.h"
+#include "app/conformers.h"
 #include "app/report.h"
 #include "app/results.h"
 #include "app/scale_auto.h"
@@ -246,6 +247,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
 }  // namespace
 
 int RunQuintor(Session& s, const std::vector<std::string>& args, const Frontend* frontend) {
+  if (AsksForEnsemble(args)) return RunEnsemble(s, args);
   bool asked = false;
   const int status = RunSession(s, args, asked, frontend);
   if (asked) ReportResults(s, status);

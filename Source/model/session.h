@@ -129,7 +129,6 @@ struct Options {
   double concentration = 0.0;         // /CONC, mol/L: the standard state; 0 keeps the pressure
   bool scaleAuto = false;             // /SCALEAUTO: scale factor from the level of theory
   bool freqScaleByUser = false;       // /SCALE given, over /SCALEAUTO
-  std::string conformerList;          // a list of logs given as the input (/BOLTZ)
 };
 
 // Names of the files of the run.
