@@ -154,4 +154,23 @@ BatchResult FuzzParameterFile(const uint8_t* data, size_t size) {
   return r;
 }
 
+// The ORCA and Q-Chem readers alone: the format is forced, so that every
+// input reaches the reader (with /RAMAN on odd first bytes, so that both
+// spectrum paths are taken), and the whole run follows.
+BatchResult FuzzOrca(const uint8_t* data, size_t size) {
+  if (size == 0) return {};
+  std::string input = WriteScratch("orca.out", data + 1, size - 1);
+  std::vector<std::string> args{input, "/0"};
+  if (data[0] & 1) args.push_back("/RAMAN");
+  return RunBatch(args, static_cast<int>(FormatCode::Orca));
+}
+
+BatchResult FuzzQChem(const uint8_t* data, size_t size) {
+  if (size == 0) return {};
+  std::string input = WriteScratch("qchem.out", data + 1, size - 1);
+  std::vector<std::string> args{input, "/0"};
+  if (data[0] & 1) args.push_back("/RAMAN");
+  return RunBatch(args, static_cast<int>(FormatCode::QChem));
+}
+
 }  // namespace quintor::fuzz

@@ -33,5 +33,7 @@ BatchResult FuzzCommandLine(const uint8_t* data, size_t size);  // arguments spl
 // The engine's parameter file MNDOD.DAT, read over the built-in tables of
 // every method and then used for a heat of formation of water.
 BatchResult FuzzParameterFile(const uint8_t* data, size_t size);
+BatchResult FuzzOrca(const uint8_t* data, size_t size);    // the ORCA reader, forced
+BatchResult FuzzQChem(const uint8_t* data, size_t size);   // the Q-Chem reader, forced
 
 }  // namespace quintor::fuzz

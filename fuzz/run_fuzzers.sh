@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang and runs each for SECONDS.
-#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line parameter_file)
+#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line parameter_file orca qchem)
 # Corpora and crash artifacts stay in build-fuzz/ (not in the repository); an
 # input that found a fault belongs, minimised, in tests/fuzz_regressions/<target>/.
 set -euo pipefail
@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:?usage: fuzz/run_fuzzers.sh SECONDS [target ...]}
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line parameter_file)
+[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line parameter_file orca qchem)
 shared=../shared/testdata
 
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DQUINTOR_FUZZ=ON -DQUINTOR_TESTS=OFF \
@@ -44,6 +44,8 @@ make_corpus() {
       # Logs of other programs and odd Gaussian logs: detected (byte 0) or not.
       for f in "$shared"/more/* "$shared"/orca/* "$shared"/qchem/*; do [ -f "$f" ] && seed "$dir" 0 "$f"; done
       seed "$dir" 4 examples/ethanol_xtb.out ;;
+    orca) for f in "$shared"/orca/*.out; do seed "$dir" 0 "$f"; seed "$dir" 1 "$f"; done ;;
+    qchem) for f in "$shared"/qchem/*.out; do seed "$dir" 0 "$f"; seed "$dir" 1 "$f"; done ;;
     zmatrix) for f in tests/inputs/*.gzmat; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
     config_file) cp data/Quintor.cfg "$dir/"; for f in tests/inputs/*.cfg; do [ -f "$f" ] && cp "$f" "$dir/"; done ;;
     tdi_file)

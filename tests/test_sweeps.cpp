@@ -182,7 +182,8 @@ TEST(Results, EightRunsAppendEightWholeRowsToOneCsv) {
   ASSERT_EQ(lines.size(), 9u);
   EXPECT_EQ(lines[0], CsvHeader());
   for (size_t k = 1; k < lines.size(); ++k) {
-    EXPECT_EQ(std::count(lines[k].begin(), lines[k].end(), ','), 14) << lines[k];
+    EXPECT_EQ(std::count(lines[k].begin(), lines[k].end(), ','), std::count(lines[0].begin(), lines[0].end(), ','))
+        << lines[k];
     EXPECT_NE(lines[k].find(",Gaussian 09,H2O,3,"), std::string::npos) << lines[k];
     EXPECT_NE(lines[k].find(",C2v,2,0,0,"), std::string::npos) << lines[k];
   }

@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, GXYZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO
 };
 
 struct OptionWord {
@@ -29,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 59> kOptions = {{
+constexpr auto kOptions = std::to_array<OptionWord>({
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -38,14 +38,16 @@ constexpr std::array<OptionWord, 59> kOptions = {{
     {"/G94", Opt::G94},        {"/G98", Opt::G98},        {"/G03", Opt::G03},        {"/G09", Opt::G09},
     {"/PRIR", Opt::PRIR},      {"/CFOUR", Opt::CFOUR},    {"/GZ", Opt::GZ},          {"/PAT", Opt::PAT},
     {"/HB", Opt::HB},          {"/FX", Opt::FX},          {"/RX", Opt::RX},          {"/FP", Opt::FP},
-    {"/CSV@", Opt::CSV},       {"/JSON", Opt::JSON},      {"/CHARGE", Opt::CHARGE},  {"/C", Opt::C},
+    {"/CSV@", Opt::CSV},       {"/JSON", Opt::JSON},      {"/CHARGE", Opt::CHARGE},  {"/CONC", Opt::CONC},
+    {"/C", Opt::C},
     {"/@", Opt::SPEC},         {"/THERMO", Opt::THERMO},  {"/V@", Opt::VIEWFILE},    {"/V", Opt::VIEW},
-    {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
+    {"/SCALEAUTO", Opt::SCALEAUTO}, {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
     {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
     {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
     {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},      {"/GXYZ", Opt::GXYZ},
     {"/MODE", Opt::MODE},      {"/DISTORT", Opt::DISTORT}, {"/SPECTRUM@", Opt::SPECTRUM}, {"/PLAY@", Opt::PLAY},
-}};
+    {"/QS", Opt::QS},          {"/QH", Opt::QH},          {"/QT", Opt::QT},
+});
 
 // The methods of /ENGINE by name, with their menu numbers.
 struct EngineMethodWord {
@@ -234,7 +236,9 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       for (int k = 0; k < o.viewValues; ++k) r.Real(values[k], o.view[k]);
       break;
     }
+    case Opt::SCALEAUTO: o.scaleAuto = true; break;
     case Opt::SCALE:
+      o.freqScaleByUser = true;
       r.Real(value, o.freqScale);
       if (o.freqScale <= 0.0) o.freqScale = 1.0;
       break;
@@ -277,6 +281,22 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     }
     case Opt::SPECTRUM: o.spectrumFile = Cut(Trim(original), MaxLine); break;
     case Opt::PLAY: o.playFile = Cut(Trim(original), MaxLine); break;
+    case Opt::QS:
+    case Opt::QT:
+      o.quasiEntropy = opt == Opt::QS ? QuasiEntropy::Grimme : QuasiEntropy::Truhlar;
+      r.Real(value, o.quasiEntropyCutoff);
+      if (o.quasiEntropyCutoff <= 0.0) o.quasiEntropyCutoff = 100.0;
+      break;
+    case Opt::QH:
+      o.quasiEnthalpy = true;
+      r.Real(value, o.quasiEnthalpyCutoff);
+      if (o.quasiEnthalpyCutoff <= 0.0) o.quasiEnthalpyCutoff = 100.0;
+      break;
+    case Opt::CONC:
+      o.concentration = 1.0;
+      r.Real(value, o.concentration);
+      if (o.concentration <= 0.0) o.concentration = 1.0;
+      break;
     case Opt::IRMC: {
       o.monteCarlo = true;
       int n = 0;
@@ -373,11 +393,17 @@ std::string UsageText() {
       "   /rot<N>, /rotnum<N> - rotational symmetry number set by user\n"
       "   /ts - the structure is a transition state\n"
       "   /scale<S> - frequency scaling factor (default 1.0)\n"
+      "   /scaleauto - scale factor (ZPE) from a table by the log's method and basis set;\n"
+      "                /scale<S> stands over it\n"
       "   /fx<F> - bottom limit of frequencies used in evaluation, cm-1\n"
       "   /rx<M> - upper limit of reduced masses used in evaluation, amu\n"
       "   /fp<F> - negative frequencies above F are treated as positive\n"
       "   /thermo<first>-<last>-<step> - thermodynamic functions at requested temperatures\n"
       "   /mult<N> - spin multiplicity\n"
+      "   /qs<C> - quasi-RRHO entropy (Grimme): modes below about C cm-1 (default 100) as free rotors\n"
+      "   /qt<C> - quasi-RRHO entropy (Truhlar): frequencies below C cm-1 (default 100) raised to C\n"
+      "   /qh<C> - quasi-RRHO enthalpy (Head-Gordon): modes below about C cm-1 (default 100) to RT/2\n"
+      "   /conc<c> - standard state of c mol/L (default 1) instead of the pressure\n"
       "   /arir - automatic recognition of internal rotations\n"
       "   /irmc<N> - internal rotations also by Monte Carlo with N samples (0: by the number of\n"
       "              rotations); report in <input>.mco; seeds 1802 9373 unless the SpecFile\n"
@@ -395,6 +421,8 @@ std::string UsageText() {
       "\n"
       " Run flags:\n"
       "   /0 - batch mode: no windows, read, report and evaluate unattended\n"
+      "   /boltz - the input is a list of logs of one molecule (one a line): each is evaluated,\n"
+      "            then Boltzmann weights by G, duplicates counted once, the ensemble G\n"
       "   /json - also write the results to <input>.json beside the MainLog\n"
       "   /csv@<file> - append one summary row of the run to <file> (header when new)\n"
       "   /nolog - do not keep the log file\n"

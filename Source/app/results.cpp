@@ -82,6 +82,40 @@ bool WriteAll(int fd, const std::string& text) {
   return true;
 }
 
+std::string_view QuasiEntropyName(QuasiEntropy e) {
+  switch (e) {
+    case QuasiEntropy::Grimme: return "Grimme";
+    case QuasiEntropy::Truhlar: return "Truhlar";
+    default: return "none";
+  }
+}
+
+// The quasi-RRHO totals beside `total`, in its units; E+H and E+G in Hartree;
+// the cut-offs in cm-1 and the corrections applied. Null when none was asked for.
+json QuasiRrhoJson(const Session& s) {
+  const QuasiRrho& q = s.thermo.report.quasi;
+  if (!q.evaluated) return nullptr;
+  const double e = s.electronicEnergy;
+  return {{"S", q.s},
+          {"H", q.h},
+          {"G", q.g},
+          {"E+H", e + q.h * KJPerMolToHartree},
+          {"E+G", e + q.g * KJPerMolToHartree},
+          {"entropy", QuasiEntropyName(q.entropy)},
+          {"entropy_cutoff", OrNull(q.entropyCutoff, q.entropy != QuasiEntropy::None)},
+          {"enthalpy", q.enthalpy ? "Head-Gordon" : "none"},
+          {"enthalpy_cutoff", OrNull(q.enthalpyCutoff, q.enthalpy)}};
+}
+
+// The CSV columns of the quasi-RRHO totals, empty when none was asked for.
+std::string CsvQuasiHeader() { return ",qH_hartree,qG_hartree,qS_J_per_K_mol"; }
+std::string CsvQuasiFields(const Session& s) {
+  const QuasiRrho& q = s.thermo.report.quasi;
+  if (!q.evaluated) return ",,,";
+  const double e = s.electronicEnergy;
+  return fmt::format(",{:.10f},{:.10f},{:.4f}", e + q.h * KJPerMolToHartree, e + q.g * KJPerMolToHartree, q.s);
+}
+
 }  // namespace
 
 std::string ResultsJson(const Session& s, int status) {
@@ -147,6 +181,8 @@ std::string ResultsJson(const Session& s, int status) {
         {"E+H", e.h},
         {"E+G", e.g},
     };
+    j["thermochemistry"]["quasi_rrho"] = QuasiRrhoJson(s);
+    j["thermochemistry"]["concentration"] = OrNull(s.opt.concentration, s.opt.concentration > 0.0);
     j["temperature_tables"] = {{"fixed", Table(r.fixedTable)}, {"requested", Table(r.requestedTable)}};
   } else {
     j["thermochemistry"] = nullptr;
@@ -163,7 +199,8 @@ bool WriteResultsJson(const Session& s, int status) {
 
 std::string CsvHeader() {
   return "input,format,formula,atoms,E_hartree,ZPE_hartree,H_hartree,G_hartree,S_J_per_K_mol,CV_J_per_K_mol,"
-         "point_group,sigma,imaginary,exit_status,first_warning";
+         "point_group,sigma,imaginary,exit_status,first_warning" +
+         CsvQuasiHeader();
 }
 
 std::string CsvRow(const Session& s, int status) {
@@ -177,7 +214,7 @@ std::string CsvRow(const Session& s, int status) {
     row += ",,,,,,";
   }
   row += CsvField(s.pointGroup) + "," + fmt::format("{:g}", s.opt.rotationNumber) + "," + std::to_string(s.nImag) +
-         "," + std::to_string(status) + "," + CsvField(Trim(s.log.FirstWarning()));
+         "," + std::to_string(status) + "," + CsvField(Trim(s.log.FirstWarning())) + CsvQuasiFields(s);
   return row;
 }
 

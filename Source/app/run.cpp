@@ -8,8 +8,10 @@
 #include <ostream>
 
 #include "app/command_line.h"
+#include "app/conformers.h"
 #include "app/report.h"
 #include "app/results.h"
+#include "app/scale_auto.h"
 #include "io/file_names.h"
 #include "io/fortran_io.h"
 #include "io/line_reader.h"
@@ -271,6 +273,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
       return key == 'N' || key == 'n';
     });
     in.Close();
+    ApplyScaleAuto(s);
     PostReadReport(s);
     RunEngineJobs(s);
     RunVibrationEntries(s, frontend);
@@ -301,6 +304,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
 }  // namespace
 
 int RunQuintor(Session& s, const std::vector<std::string>& args, const Frontend* frontend) {
+  if (AsksForEnsemble(args)) return RunEnsemble(s, args);
   bool asked = false;
   const int status = RunSession(s, args, asked, frontend);
   if (asked) ReportResults(s, status);

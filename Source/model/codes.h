@@ -27,6 +27,8 @@ enum class FormatCode : int {
   Priroda = 17,
   Cfour = 18,           // recognised, no reader
   GamessUS = 19,        // current GAMESS(US) releases
+  Orca = 21,            // ORCA 4, 5, 6
+  QChem = 22,           // Q-Chem 4 to 6
 };
 
 constexpr bool IsGaussianLog(FormatCode c) {
@@ -61,6 +63,8 @@ constexpr const char* FormatName(FormatCode c) {
     case FormatCode::Priroda: return "Priroda";
     case FormatCode::Cfour: return "CFOUR";
     case FormatCode::GamessUS: return "GAMESS(US)";
+    case FormatCode::Orca: return "ORCA";
+    case FormatCode::QChem: return "Q-Chem";
   }
   return "unknown";
 }

@@ -128,6 +128,14 @@ struct Options {
   double distortAmplitude = 0.1;      // A
   std::string spectrumFile;           // /SPECTRUM@file.csv or .png
   std::string playFile;               // /PLAY@file: replay a journal of the interactive stage
+  // Quasi-RRHO corrections of the full evaluation; cut-offs in cm-1.
+  QuasiEntropy quasiEntropy = QuasiEntropy::None;  // /QS Grimme, /QT Truhlar
+  double quasiEntropyCutoff = 100.0;
+  bool quasiEnthalpy = false;                      // /QH Head-Gordon
+  double quasiEnthalpyCutoff = 100.0;
+  double concentration = 0.0;         // /CONC, mol/L: the standard state; 0 keeps the pressure
+  bool scaleAuto = false;             // /SCALEAUTO: scale factor from the level of theory
+  bool freqScaleByUser = false;       // /SCALE given, over /SCALEAUTO
 };
 
 // Names of the files of the run.

@@ -40,6 +40,20 @@ struct TableResMC {
   std::vector<MonteCarloRow> rotations, totals;
 };
 
+// The quasi-rigid-rotor harmonic-oscillator totals of the full evaluation
+// (/QS, /QT, /QH): the entropy of the low modes by Grimme's interpolation to a
+// free rotor or by Truhlar's raising of them to the cut-off, the enthalpy by
+// Head-Gordon's interpolation to RT/2.
+enum class QuasiEntropy { None, Grimme, Truhlar };
+struct QuasiRrho {
+  bool evaluated = false;
+  QuasiEntropy entropy = QuasiEntropy::None;
+  double entropyCutoff = 0.0;    // cm-1
+  bool enthalpy = false;
+  double enthalpyCutoff = 0.0;   // cm-1
+  double s = 0.0, h = 0.0, g = 0.0;  // totals: J/K/mol, kJ/mol, kJ/mol
+};
+
 // What the end of a run reports besides the MainLog (/JSON, /CSV@): the full
 // evaluation at the run's temperature and pressure and the temperature tables.
 struct ThermoReport {
@@ -47,6 +61,7 @@ struct ThermoReport {
   double temperature = 0.0, pressure = 0.0;  // K, Pa
   double zpeTot = 0.0;                       // kJ/mol
   TDResult elec, tran, rot, vib, tot;
+  QuasiRrho quasi;
   std::vector<TableRow> fixedTable, requestedTable;
 };
 

@@ -1,6 +1,9 @@
 // Entry points of the readers of the individual formats.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "io/line_reader.h"
 #include "model/session.h"
 #include "readers/read_pass.h"
@@ -20,5 +23,11 @@ void ReadXyzAtLabel(Session& s, LineReader& in);
 void ReadGxyz(Session& s, LineReader& in);
 void ReadGaussianZMatrix(Session& s, LineReader& in);
 void ReadPriroda(Session& s, LineReader& in);
+void ReadOrcaLog(Session& s, LineReader& in);
+void ReadQChemLog(Session& s, LineReader& in);
+
+// The keywords of the calculation as the log echoes its input (Gaussian's
+// route, ORCA's "!" lines, Q-Chem's $rem block), split into words.
+std::vector<std::string> InputKeywords(const std::string& path);
 
 }  // namespace quintor

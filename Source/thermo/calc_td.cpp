@@ -106,6 +106,7 @@ void CalcTD(Session& s, bool structureEdited, RotationTreatment* rotations) {
   report.pressure = s.opt.pressure;
   report.zpeTot = t.zpeTot;
   report.elec = t.elec, report.tran = t.tran, report.rot = t.rot, report.vib = t.vib, report.tot = t.tot;
+  report.quasi = QuasiRrhoAtTP(s, false);
 
   if (s.modes.empty()) {
     s.log.Line(" ***** W A R N I N G !");

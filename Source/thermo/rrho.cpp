@@ -386,9 +386,17 @@ void ThermoAtTP(Session& s, bool quiet, RotationTreatment* rotations) {
   ThermoState& t = s.thermo;
   Options& o = s.opt;
 
+  // A standard state given as a concentration is the pressure of the ideal
+  // gas at it, at each temperature.
+  if (o.concentration > 0.0) o.pressure = o.concentration * 1000.0 * GasConstant * o.temperature;
   if (!quiet) {
     s.log.Line(" Temperature   : " + FmtF(o.temperature, 12, 2) + " K ");
     s.log.Line(" Pressure      : " + FmtF(o.pressure, 12, 2) + " Pa");
+    if (o.concentration > 0.0) {
+      const double shift = GasConstant * o.temperature / 1000.0 * std::log(o.pressure / 101325.0);
+      s.log.Line(" Concentration: " + FmtF(o.concentration, 12, 4) + " mol/L; G from 1 atm to it:" +
+                 FmtF(shift, 10, 3) + "  kJ/mol" + FmtF(shift * JToCal, 10, 3) + "  kcal/mol");
+    }
     s.log.Line(" Rot. number   : " + FmtI(std::llround(o.rotationNumber), 12));
     s.log.Line(" Molecular mass: " + FmtF(s.molMass, 12, 2) + " amu");
     if (o.transitionState) s.log.Line(" Transition state thermodynamics requested");

@@ -39,6 +39,11 @@ void ThermoAtTP(Session& s, bool quiet, RotationTreatment* rotations = nullptr);
 // imaginary modes taken as real (ALLPOSITIVE, /FP).
 void MarkUsedModes(Session& s, bool linear);
 
+// The quasi-RRHO totals (/QS, /QT, /QH) of the evaluation just made, from
+// its per-mode values; with quiet off, a section of the MainLog. Not
+// evaluated when no correction was asked for.
+QuasiRrho QuasiRrhoAtTP(Session& s, bool quiet);
+
 // The evaluation at the end of a run: geometry, scaling, the full evaluation,
 // the fixed temperature table and the requested one. `structureEdited` tells
 // that the working coordinates were changed in the viewer; they are then used
