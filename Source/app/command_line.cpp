@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, NROTPRODUCT
 };
 
 struct OptionWord {
@@ -29,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 54> kOptions = {{
+constexpr std::array<OptionWord, 55> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -43,7 +43,7 @@ constexpr std::array<OptionWord, 54> kOptions = {{
     {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
     {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
     {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
-    {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},
+    {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},      {"/NROTPRODUCT", Opt::NROTPRODUCT},
 }};
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -157,6 +157,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       break;
     }
     case Opt::ARIR: o.arir = true; break;
+    case Opt::NROTPRODUCT: o.nrotProduct = true; break;
     case Opt::A: o.formatCode = FormatCode::Korvandel; break;
     case Opt::GAM4: o.formatCode = FormatCode::PcGamess4; break;
     case Opt::GAM5: o.formatCode = FormatCode::Gamess; break;
@@ -334,6 +335,8 @@ std::string UsageText() {
       "   /thermo<first>-<last>-<step> - thermodynamic functions at requested temperatures\n"
       "   /mult<N> - spin multiplicity\n"
       "   /arir - automatic recognition of internal rotations\n"
+      "   /nrotproduct - NRot of a recognised rotation is n1*n2 of its groups, as the earlier\n"
+      "                  program had it, not the period lcm(n1,n2) of the potential\n"
       "   /irmc<N> - internal rotations also by Monte Carlo with N samples (0: by the number of\n"
       "              rotations); report in <input>.mco; seeds 1802 9373 unless the SpecFile\n"
       "              says MCSEEDS=(<seed1>,<seed2>); the same seeds give the same results\n"
