@@ -37,6 +37,7 @@ double Seconds(const std::vector<quintor::TorsionRotor>& rotors, const quintor::
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const fs::path source = argc > 1 ? fs::path(argv[1]) : fs::path(QUINTOR_SOURCE_DIR) / "examples/hexadecane_xtb.out";
   const long long trials = argc > 2 ? std::max(1000LL, std::atoll(argv[2])) : 100000;
   const fs::path dir = fs::temp_directory_path() / ("bench_montecarlo_" + std::to_string(::getpid()));

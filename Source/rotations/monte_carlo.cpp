@@ -289,10 +289,14 @@ struct Estimate {
   double lnZ = 0.0, d1 = 0.0, U = 0.0, S = 0.0, F = 0.0, CV = 0.0;
 };
 
-Estimate FromSums(const Five& sum, double count, const Five& base, double T) {
+// ln Z at the five temperatures from the sums of g rho_j and of rho_j, rho_j
+// the ratio of the Boltzmann densities at T_j and at T: <g>_Tj is their
+// quotient, and the grids' own Z_i(T_j) stand in `base`, so that the noise
+// of the sampled potential cancels in the temperature derivatives.
+Estimate FromSums(const Five& gRho, const Five& rho, const Five& base, double T) {
   Estimate e;
   const double dT = MonteCarloStep * T, R = rc::GasConstant;
-  for (int j = 0; j < 5; ++j) e.f[j] = base[j] + std::log(sum[j] / count);
+  for (int j = 0; j < 5; ++j) e.f[j] = base[j] + std::log(gRho[j] / rho[j]);
   e.lnZ = e.f[2];
   e.d1 = (2.0 * (e.f[4] - e.f[0]) + (e.f[3] - e.f[1])) / (10.0 * dT);
   const double d2 = (16.0 * (e.f[3] + e.f[1]) - e.f[4] - e.f[0] - 30.0 * e.f[2]) / (12.0 * dT * dT);
@@ -327,19 +331,22 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
   }
   const double beta = Beta(T);
   std::vector<TorsionDensity> density;
-  double productNRot = 1.0, vMin = 0.0, lnZGrid = 0.0;
+  double productNRot = 1.0;
   for (const TorsionRotor& t : rotors) {
     density.push_back(DensityOf(t.potential, beta));
     productNRot *= std::max(t.n, 1);
-    vMin += density.back().vMin;
-    lnZGrid += density.back().lnZ;
   }
   Five betas{}, base{};
   for (int j = 0; j < 5; ++j) {
     const double Tj = T + (j - 2) * MonteCarloStep * T;
     betas[j] = Beta(Tj);
-    // The kinetic factor holds the 2 pi of each turn, which lnZGrid holds too.
-    base[j] = LnKinetic(nRot, Tj) - nRot * std::log(2.0 * rc::Pi) - std::log(productNRot) - betas[j] * vMin + lnZGrid;
+    double lnZj = 0.0;
+    for (const TorsionRotor& t : rotors) {
+      const TorsionDensity d = DensityOf(t.potential, betas[j]);
+      lnZj += d.lnZ - betas[j] * d.vMin;
+    }
+    // The kinetic factor holds the 2 pi of each turn, which the grids hold too.
+    base[j] = LnKinetic(nRot, Tj) - nRot * std::log(2.0 * rc::Pi) - std::log(productNRot) + lnZj;
   }
 
   // Blocks: for a given count 32 of equal size; else 512 trials each, their
@@ -354,13 +361,12 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
     plan.trials = trials;
     plan.blockSize = std::max(1LL, (trials + MonteCarloBatches - 1) / MonteCarloBatches);
   }
-  std::vector<Five> blockSums;
-  std::vector<long long> blockCounts;
+  std::vector<Five> blockGRho, blockRho;
   if (threads == 0) threads = std::max(1u, std::thread::hardware_concurrency());
 
   const auto sample = [&](long long firstBlock, long long endBlock) {
-    blockSums.resize(static_cast<size_t>(endBlock), Five{});
-    blockCounts.resize(static_cast<size_t>(endBlock), 0);
+    blockGRho.resize(static_cast<size_t>(endBlock), Five{});
+    blockRho.resize(static_cast<size_t>(endBlock), Five{});
     std::atomic<long long> next{firstBlock};
     const auto work = [&]() {
       Workspace w(frame);
@@ -370,7 +376,7 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
                           static_cast<std::uint32_t>(plan.blockSize)};
         std::mt19937_64 rng(seq);
         const long long count = std::min(plan.trials, (b + 1) * plan.blockSize) - b * plan.blockSize;
-        Five sums{};
+        Five gRho{}, rho{};
         for (long long k = 0; k < count; ++k) {
           double atPoint = 0.0, atCentre = 0.0;
           for (int i = 0; i < nRot; ++i) {
@@ -383,10 +389,16 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
           }
           PlaceTorsions(frame, w, angle.data());
           const double g = WeightAt(frame, w);
-          for (int j = 0; j < 5; ++j) sums[j] += g * std::exp(-betas[j] * atPoint + beta * atCentre);
+          // The potential of the drawn point over that of its cell: the
+          // density at T_j over the one drawn from, up to a constant.
+          for (int j = 0; j < 5; ++j) {
+            const double ratio = std::exp(-betas[j] * atPoint + beta * atCentre);
+            gRho[j] += g * ratio;
+            rho[j] += ratio;
+          }
         }
-        blockSums[static_cast<size_t>(b)] = sums;
-        blockCounts[static_cast<size_t>(b)] = count;
+        blockGRho[static_cast<size_t>(b)] = gRho;
+        blockRho[static_cast<size_t>(b)] = rho;
       }
     };
     const unsigned n = static_cast<unsigned>(std::min<long long>(threads, std::max(endBlock - firstBlock, 1LL)));
@@ -404,21 +416,19 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
     done = blocks;
     // Batch means: the blocks in 32 consecutive batches.
     const long long nb = std::min<long long>(MonteCarloBatches, blocks);
-    Five total{};
-    double totalCount = 0.0;
+    Five totalGRho{}, totalRho{};
     std::vector<Estimate> batch;
     for (long long b = 0; b < nb; ++b) {
-      Five sum{};
-      double count = 0.0;
-      for (long long k = b * blocks / nb; k < (b + 1) * blocks / nb; ++k) {
-        for (int j = 0; j < 5; ++j) sum[j] += blockSums[static_cast<size_t>(k)][j];
-        count += static_cast<double>(blockCounts[static_cast<size_t>(k)]);
-      }
-      for (int j = 0; j < 5; ++j) total[j] += sum[j];
-      totalCount += count;
-      batch.push_back(FromSums(sum, count, base, T));
+      Five gRho{}, rho{};
+      for (long long k = b * blocks / nb; k < (b + 1) * blocks / nb; ++k)
+        for (int j = 0; j < 5; ++j) {
+          gRho[j] += blockGRho[static_cast<size_t>(k)][j];
+          rho[j] += blockRho[static_cast<size_t>(k)][j];
+        }
+      for (int j = 0; j < 5; ++j) totalGRho[j] += gRho[j], totalRho[j] += rho[j];
+      batch.push_back(FromSums(gRho, rho, base, T));
     }
-    all = FromSums(total, totalCount, base, T);
+    all = FromSums(totalGRho, totalRho, base, T);
     const auto sigma = [&](auto field) {
       if (nb < 2) return 0.0;
       double mean = 0.0, sq = 0.0;

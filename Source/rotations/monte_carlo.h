@@ -48,7 +48,7 @@ struct MonteCarloSeeds {
 // Without a number of trials the sampling goes on, in doublings, until
 // sigma(S) is below this (J/K/mol) or the ladder's count is reached; it
 // takes at least MonteCarloFewestTrials.
-inline constexpr double MonteCarloTargetSigmaS = 0.02;
+inline constexpr double MonteCarloTargetSigmaS = 0.04;
 inline constexpr long long MonteCarloFewestTrials = 1 << 14;
 inline constexpr int MonteCarloBatches = 32;
 
