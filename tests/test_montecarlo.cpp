@@ -283,6 +283,33 @@ TEST(MonteCarlo, IndependentRotorsGiveTheProductOfTheirIntegrals) {
   }
 }
 
+// A potential of several terms, summed here term by term: every cosine of
+// the series counts with its own index.
+TEST(MonteCarlo, SeveralTermsAreSummedTermByTerm) {
+  const std::vector<double> V{6.0, 2.0, -1.5, -4.0, 0.0, 0.5};
+  const double T = 298.15, rt = rc::GasConstant * T / 1000.0;
+  constexpr int kPoints = 20000;
+  double direct = 0.0;
+  for (int k = 0; k < kPoints; ++k) {
+    const double x = 2.0 * rc::Pi * k / kPoints;
+    double v = 0.0;
+    for (size_t m = 0; m < V.size(); ++m) v += V[m] * std::cos(static_cast<double>(m) * x);
+    direct += std::exp(-v / rt) * 2.0 * rc::Pi / kPoints;
+  }
+  EXPECT_NEAR(RotorConfigurationIntegral(V, T).value, direct, 1e-9 * direct);
+  // The same curve in the integration: one free-standing rotor, whose
+  // weight does not vary, gives Z = kinetic factor x integral / n exactly.
+  const Molecule m = Ethane();
+  TorsionRotor r = Rotor({1, 3, 4, 5}, 1, 2, 0.0, 1);
+  r.potential = V;
+  const double I = Kinematics(m, {r}).I0[0];
+  const double kinetic = std::sqrt(2.0 * rc::Pi * rc::Boltzmann * T * rc::AtomicMassUnit * rc::BohrRadius *
+                                   rc::BohrRadius / (rc::Planck * rc::Planck));
+  // The Monte Carlo's 1/(RT) is 5e-5 larger than that of the direct sum.
+  const MonteCarloResult mc = MonteCarloAtT({r}, m.mass, m.xyz, T, 2000, {});
+  EXPECT_NEAR(mc.Z[2], kinetic * std::sqrt(I) * direct, 2e-3 * mc.Z[2]);
+}
+
 // ---- Threads, seeds, ladder ------------------------------------------------
 
 TEST(MonteCarlo, ResultDoesNotDependOnTheThreadCount) {
