@@ -3,6 +3,7 @@
 // pieces of the treatment on their own.
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <iterator>
 #include <stdexcept>
 #include <string>
@@ -219,6 +220,40 @@ TEST(ImaginaryTorsion, IsAFreeRotorWithAWarning) {
   TextRun run(flipped, {"/ARIR"});
   ASSERT_EQ(run.r.status, exit_status::Ok) << run.r.console;
   EXPECT_EQ(CountText(run.r.log, ": the torsion's frequency is imaginary, V0 = 0: it is taken as a free rotor"), 1);
+}
+
+// The JSON report holds each rotor and the totals of every model, and names
+// the model of its temperature tables.
+TEST(Propane, JsonNamesTheRotorsAndTheModels) {
+  LogRun run(Rotations("propane_xtb.out"), {"/ARIR", "/JSON"});
+  ASSERT_EQ(run.r.status, exit_status::Ok);
+  const std::string json = ReadFile(std::filesystem::path(run.copy).replace_extension(".json"));
+  EXPECT_NE(json.find("\"model\": \"pitzer_gwinn\""), std::string::npos);
+  EXPECT_EQ(CountText(json, "\"symmetry_number\": 3"), 2);
+  EXPECT_EQ(CountText(json, "\"V0_source\": \"frequency\""), 2);
+  for (const char* key : {"\"internal_rotations\"", "\"totals_by_model\"", "\"harmonic\"", "\"free_rotor\"",
+                          "\"quantum\"", "\"monte_carlo\": null", "\"E+G\""})
+    EXPECT_NE(json.find(key), std::string::npos) << key;
+  // The harmonic totals are the plain RRHO totals.
+  const ThermoReport& r = run.s.thermo.report;
+  ASSERT_EQ(r.totalsByModel.size(), 4u);
+  EXPECT_NEAR(r.totalsByModel[0].tot.s, r.tot.s, 1e-9);
+}
+
+// The Monte Carlo table's ln Q counts from the zero-point energy of the
+// modes that stay vibrations. At 10 K the classical torsion sits in its well
+// with Q = kT/(h c nu) against the quantum one's 1: the two tables differ by
+// that (-3.8), not by 22 more (the torsion's ZPE/RT).
+TEST(Ethane, MonteCarloTableLnQHasNoTorsionZeroPointEnergy) {
+  LogRun run(Rotations("ethane_xtb.out"), {"/ARIR", "/IRMC2000"});
+  ASSERT_EQ(run.r.status, exit_status::Ok);
+  const auto& mc = run.s.thermo.monteCarlo.totals;
+  const auto& pg = run.s.thermo.report.fixedTable;
+  ASSERT_GE(mc.size(), 2u);
+  ASSERT_FALSE(pg.empty());
+  EXPECT_DOUBLE_EQ(mc[1].temperature, pg[0].temperature);
+  const double classical = std::log(rc::Boltzmann * 10.0 / (rc::Planck * rc::SpeedOfLight * 100.0 * 300.767));
+  EXPECT_NEAR(mc[1].f.lnQ - pg[0].tot.lnQ, classical, 0.3);
 }
 
 // ---- Against experiment ------------------------------------------------------
