@@ -207,7 +207,7 @@ void RecordRotors(Session& s, const std::vector<Rotor>& rotors, const std::vecto
     rec.iStarStar = r.I;
     rec.v0Star = r.V0Star;
     rec.v0StarStar = r.V0StarStar;
-    rec.v0Source = r.source == -1 ? "specification" : (r.source == 0 || r.source == 3) ? "frequency" : "potential";
+    rec.v0Source = r.source == -1 ? "specfile" : (r.source == 0 || r.source == 3) ? "frequency" : "potential";
     rec.harmonic = r.harmonic;
     for (int j = 0; j < RotorColumnCount; ++j) {
       const RotorFunctions& f = results[k].column[j];
