@@ -1,9 +1,12 @@
-// Speed of the Monte Carlo integration of rotations: trials per second on one
-// core and on all cores for 1, 4 and 10 rotors of n-hexadecane (the rotors
-// that /ARIR finds), and the time of the 10^7-trial ladder step of 10 rotors.
+// Speed and convergence of the Monte Carlo integration of rotations: trials
+// per second on one core and on all cores for 1, 4, 10 and 15 rotors of
+// n-hexadecane (the rotors that /ARIR finds, each given V0 = 12 kJ/mol), and
+// for all 15 with the automatic trial count: S, sigma(S) and the wall time for
+// eight seed pairs.
 //   bench_montecarlo [log] [trials per measurement]
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -23,21 +26,20 @@ using Clock = std::chrono::steady_clock;
 namespace {
 
 double Seconds(const std::vector<quintor::TorsionRotor>& rotors, const quintor::Session& s, long long trials,
-               unsigned threads, double& z) {
+               unsigned threads, quintor::MonteCarloSeeds seeds, quintor::MonteCarloResult& r) {
   const std::vector<double> masses(s.atomMass.begin(), s.atomMass.begin() + s.nAtoms);
   const std::vector<quintor::Vec3> xyz(s.xyz.begin(), s.xyz.begin() + s.nAtoms);
   const auto t0 = Clock::now();
-  const quintor::TorsionSample sample = quintor::SampleTorsions(rotors, masses, xyz, trials, {}, threads);
-  const double seconds = std::chrono::duration<double>(Clock::now() - t0).count();
-  z = quintor::MonteCarloAtT(sample, 298.15).Z[2];
-  return seconds;
+  r = quintor::MonteCarloAtT(rotors, masses, xyz, 298.15, trials, seeds, threads);
+  return std::chrono::duration<double>(Clock::now() - t0).count();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const fs::path source = argc > 1 ? fs::path(argv[1]) : fs::path(QUINTOR_SOURCE_DIR) / "examples/hexadecane_xtb.out";
-  const long long trials = argc > 2 ? std::max(1000LL, std::atoll(argv[2])) : 1000000;
+  const long long trials = argc > 2 ? std::max(1000LL, std::atoll(argv[2])) : 100000;
   const fs::path dir = fs::temp_directory_path() / ("bench_montecarlo_" + std::to_string(::getpid()));
   fs::create_directories(dir);
   fs::copy_file(source, dir / source.filename(), fs::copy_options::overwrite_existing);
@@ -66,21 +68,20 @@ int main(int argc, char** argv) {
   std::printf("Monte Carlo of rotations on %s: %d atoms, %zu rotors by /ARIR (exit status %d), %u cores\n",
               source.filename().c_str(), s.nAtoms, all.size(), status, cores);
   std::printf("%8s %12s %16s %16s %8s\n", "rotors", "trials", "trials/s 1 core", "trials/s all", "speed-up");
-  for (size_t n : {size_t{1}, size_t{4}, size_t{10}}) {
+  for (size_t n : {size_t{1}, size_t{4}, size_t{10}, size_t{15}}) {
     if (n > all.size()) break;
     const std::vector<quintor::TorsionRotor> rotors(all.begin(), all.begin() + static_cast<long>(n));
-    double z1 = 0.0, zn = 0.0;
-    const double one = Seconds(rotors, s, trials, 1, z1);
-    const double many = Seconds(rotors, s, trials, cores, zn);
+    quintor::MonteCarloResult r1, rn;
+    const double one = Seconds(rotors, s, trials, 1, {}, r1);
+    const double many = Seconds(rotors, s, trials, cores, {}, rn);
     std::printf("%8zu %12lld %16.0f %16.0f %8.2f\n", n, trials, trials / one, trials / many, one / many);
   }
-  if (all.size() >= 10) {
-    const std::vector<quintor::TorsionRotor> rotors(all.begin(), all.begin() + 10);
-    const long long ladder = quintor::MonteCarloTrials(10, 0);
-    double z = 0.0;
-    const double t = Seconds(rotors, s, ladder, cores, z);
-    std::printf("Ladder step of 10 rotors: %lld trials in %.2f s on %u cores (target < 60 s: %s)\n", ladder, t, cores,
-                t < 60.0 ? "met" : "NOT met");
+  std::printf("All %zu rotors, automatic trial count, T = 298.15 K:\n", all.size());
+  std::printf("%12s %12s %12s %10s %8s\n", "seeds", "trials", "S", "sigma(S)", "wall s");
+  for (std::uint32_t k = 0; k < 8; ++k) {
+    quintor::MonteCarloResult r;
+    const double t = Seconds(all, s, 0, cores, {1802 + 17 * k, 9373 + 31 * k}, r);
+    std::printf("%6u,%5u %12lld %12.4f %10.4f %8.2f\n", 1802 + 17 * k, 9373 + 31 * k, r.trials, r.S, r.sigmaS, t);
   }
   return 0;
 }

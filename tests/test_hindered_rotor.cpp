@@ -16,6 +16,7 @@
 #include "rotations/fourier_potential.h"
 #include "rotations/hindered_rotor.h"
 #include "rotations/pitzer_gwinn_tables.h"
+#include "rotations/quantum_rotor.h"
 #include "rotations/reduced_moment.h"
 
 namespace quintor {
@@ -142,6 +143,78 @@ TEST(PitzerGwinn, WithinQuarterJouleOfExactQuantumRotorInsideTheTables) {
   EXPECT_EQ(tables.counters.missC + tables.counters.missHoverT + tables.counters.missS, 0);
 }
 
+// ---- The program's quantum rotor -------------------------------------------------
+
+// The band of all plane waves gives the levels of the reference's symmetry
+// blocks.
+TEST(QuantumRotor, BandOfAllWavesMatchesTheSymmetryBlocks) {
+  for (double V0 : {0.0, 1.5, 12.0, 45.0})
+    for (double moment : {2.0, 10.8, 80.0})
+      for (int n : {1, 2, 3, 6})
+        for (double T : {20.0, 298.15, 1000.0}) {
+          SCOPED_TRACE(::testing::Message() << "V0=" << V0 << " I=" << moment << " n=" << n << " T=" << T);
+          const double I = moment * kAmuBohr2;
+          const RotorFunctions f = QuantumRotorAt(QuantumRotorLevels(SingleBarrierPotential(V0, n), I, n, T), T);
+          const QuantumRotor q = ExactHinderedRotor(V0, I, n, T);
+          EXPECT_NEAR(f.S, q.S, 1e-6);
+          EXPECT_NEAR(f.C, q.C, 1e-6);
+          EXPECT_NEAR(f.H * 1000.0 / T, q.HoverT, 1e-6);
+          EXPECT_NEAR(f.G, f.U - T * f.S / 1000.0, 1e-12);
+        }
+}
+
+// Without a barrier the levels m^2 hbar^2/2I reach the classical free rotor
+// (the theta series differs by exp(-pi^2/theta)).
+TEST(QuantumRotor, NoBarrierIsTheFreeRotor) {
+  for (const FreeCase& c : kFreeCases) {
+    const double I = c.momentAmuBohr2 * kAmuBohr2;
+    if (testing::RotationalTemperatureRatio(I, c.T) > 0.3) continue;
+    const RotorFunctions f = QuantumRotorAt(QuantumRotorLevels(SingleBarrierPotential(0.0, c.n), I, c.n, c.T), c.T);
+    const RotorFunctions free = FreeRotor(I, c.n, c.T);
+    EXPECT_NEAR(f.S, free.S, 1e-6);
+    EXPECT_NEAR(f.C, free.C, 1e-6);
+  }
+}
+
+// A barrier far above kT leaves n alike harmonic wells of
+// omega = n sqrt(V0 / 2I): the partition function over n is that of one
+// oscillator, less the wells' anharmonicity (of order kT/V0).
+TEST(QuantumRotor, HighBarrierIsTheHarmonicOscillator) {
+  const double hbar = kPlanck / (2.0 * kPi);
+  for (const auto& [V0, moment, n, T] :
+       {std::tuple{800.0, 5.6, 3, 298.15}, std::tuple{1500.0, 40.0, 1, 500.0}, std::tuple{600.0, 11.0, 2, 150.0}}) {
+    SCOPED_TRACE(V0);
+    const double I = moment * kAmuBohr2;
+    const double omega = n * std::sqrt(V0 * 1000.0 / 6.02214199e23 / (2.0 * I));
+    const double x = hbar * omega / (kBoltzmann * T);
+    const double sHO = kR * (x / std::expm1(x) - std::log(-std::expm1(-x)));
+    const double cHO = kR * x * x * std::exp(x) / (std::expm1(x) * std::expm1(x));
+    const QuantumLevels levels = QuantumRotorLevels(SingleBarrierPotential(V0, n), I, n, T);
+    const RotorFunctions f = QuantumRotorAt(levels, T);
+    EXPECT_NEAR(f.S, sHO, 0.03 * kR);
+    EXPECT_NEAR(f.C, cHO, 0.03 * kR);
+    // The lowest level is the zero-point energy of the well.
+    EXPECT_NEAR(levels.E.front(), 0.5 * hbar * omega * 6.02214199e23 / 1000.0, 0.01 * levels.E.front());
+  }
+}
+
+// Where the tables are good the program's Pitzer-Gwinn rotor is within the
+// tables' own accuracy of the exact levels.
+TEST(QuantumRotor, PitzerGwinnTablesAgreeWhereTheyAreGood) {
+  PitzerTables tables = BuildPitzerTables();
+  for (double y : {0.05, 0.2, 0.3, 0.45, 0.6})
+    for (int n : {1, 3})
+      for (double x : {0.2, 1.0, 3.0, 6.0, 10.0, 16.0}) {
+        SCOPED_TRACE(::testing::Message() << "x=" << x << " y=" << y << " n=" << n);
+        const double T = 298.15;
+        const RotorInput in = AtTablePoint(x, y, n, T);
+        const RotorFunctions pg = PitzerGwinnRotor(tables, in.V0, in.moment, n, T);
+        const RotorFunctions q =
+            QuantumRotorAt(QuantumRotorLevels(SingleBarrierPotential(in.V0, n), in.moment, n, T), T);
+        EXPECT_NEAR(pg.S, q.S, 0.06);
+      }
+}
+
 // ---- Look-up rules -----------------------------------------------------------
 
 TEST(PitzerLookUp, BeyondTwentyRTEveryTableMisses) {
@@ -215,15 +288,16 @@ TEST(RotorPrint, BarrierLinesAndTableOfFiveModels) {
   EXPECT_EQ(Lines(low.str()).at(2), " => Free rotation (V0<1.4RT)");
 
   RotorResult r;
-  for (int c = 0; c < 5; ++c) r.column[c] = {1.0 + c, 0.5 * c, 0.5 * c, 10.0 * c, 0.0 - 0.25 * c};
+  for (int c = 0; c < RotorColumnCount; ++c) r.column[c] = {1.0 + c, 0.5 * c, 0.5 * c, 10.0 * c, 0.0 - 0.25 * c};
   r.zpe = 1.5;
   WriteRotorTable(table, 2, 17, r);
   const std::vector<std::string> rows = Lines(table.str());
-  ASSERT_EQ(rows.size(), 14u);
+  ASSERT_EQ(rows.size(), 15u);
   EXPECT_EQ(rows[0], " Thermodynamic functions for internal rotation  2 (vibration mode 17)");
-  EXPECT_EQ(rows[3], " C,    J/K/mol=    1.000    2.000    3.000    4.000    5.000");
-  EXPECT_EQ(rows[10], " G+ZPE,kJ/mol =    1.500    1.250    1.000    0.750    0.500");
-  EXPECT_EQ(rows[13], " Note: I(*)=I(**) for symmetric rotors.");
+  EXPECT_EQ(rows[2], "                 Ocsillator  I(*)    I(**)     I(*)    I(**)     I(*)    I(**)");
+  EXPECT_EQ(rows[3], " C,    J/K/mol=    1.000    2.000    3.000    4.000    5.000    6.000    7.000");
+  EXPECT_EQ(rows[10], " G+ZPE,kJ/mol =    1.500    1.250    1.000    0.750    0.500    0.250    0.000");
+  EXPECT_EQ(rows[14], " Note: I(*)=I(**) for symmetric rotors.");
 }
 
 // ---- Fourier barrier ---------------------------------------------------------

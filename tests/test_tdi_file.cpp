@@ -138,7 +138,7 @@ TEST(SpecFile, PotentialTableLimitAndBlocksAtTheEnd) {
   EXPECT_EQ(spec.s.rotors[0].angles.size(), 150u);
   // A table of 149 lines is counted.
   std::string shorter = "VIBR=3 READP KJ\n";
-  for (int k = 0; k < 149; ++k) shorter += "1 2\n";
+  for (int k = 0; k < 149; ++k) shorter += std::to_string(2.5 * k) + " 2\n";
   EXPECT_EQ(Spec(shorter + "\n").s.rotors[0].potentialKind, 149);
   // NEWAMASS and EXCLUDEATOMS may end at the end of the file.
   Spec m("NEWAMASS\n1.0\n2.0");
@@ -153,6 +153,8 @@ TEST(SpecFile, UnreadableNumbersStopWithTheLine) {
       {"SCALE=1\nVIBR=x\n", "line 2"},
       {"VIBR=2 READP KJ\n0 1\n", "READP"},        // the file ends inside the table
       {"VIBR=2 READP KJ\n0 abc\n\n", "line 2"},
+      // a curve that stops short of 180 degrees can not be transformed
+      {"TT=300\nVIBR=2 READP KJ\n0 0\n30 1\n60 2\n90 1\n\n", "line 7"},
       {"NEWAMASS\n12.0\nC\n", "line 3"},
   };
   for (const auto& [text, where] : bad) {

@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, GXYZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO, NROTPRODUCT
 };
 
 struct OptionWord {
@@ -47,6 +47,7 @@ constexpr auto kOptions = std::to_array<OptionWord>({
     {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},      {"/GXYZ", Opt::GXYZ},
     {"/MODE", Opt::MODE},      {"/DISTORT", Opt::DISTORT}, {"/SPECTRUM@", Opt::SPECTRUM}, {"/PLAY@", Opt::PLAY},
     {"/QS", Opt::QS},          {"/QH", Opt::QH},          {"/QT", Opt::QT},
+    {"/NROTPRODUCT", Opt::NROTPRODUCT},
 });
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -187,6 +188,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       break;
     }
     case Opt::ARIR: o.arir = true; break;
+    case Opt::NROTPRODUCT: o.nrotProduct = true; break;
     case Opt::A: o.formatCode = FormatCode::Korvandel; break;
     case Opt::GAM4: o.formatCode = FormatCode::PcGamess4; break;
     case Opt::GAM5: o.formatCode = FormatCode::Gamess; break;
@@ -405,6 +407,8 @@ std::string UsageText() {
       "   /qh<C> - quasi-RRHO enthalpy (Head-Gordon): modes below about C cm-1 (default 100) to RT/2\n"
       "   /conc<c> - standard state of c mol/L (default 1) instead of the pressure\n"
       "   /arir - automatic recognition of internal rotations\n"
+      "   /nrotproduct - NRot of a recognised rotation is n1*n2 of its groups, as the earlier\n"
+      "                  program had it, not the period lcm(n1,n2) of the potential\n"
       "   /irmc<N> - internal rotations also by Monte Carlo with N samples (0: by the number of\n"
       "              rotations); report in <input>.mco; seeds 1802 9373 unless the SpecFile\n"
       "              says MCSEEDS=(<seed1>,<seed2>); the same seeds give the same results\n"

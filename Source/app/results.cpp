@@ -14,6 +14,7 @@
 
 #include "app/command_line.h"
 #include "app/report.h"
+#include "app/rotor_results.h"
 #include "io/file_names.h"
 #include "io/fortran_io.h"
 #include "readers/elements.h"
@@ -183,7 +184,10 @@ std::string ResultsJson(const Session& s, int status) {
     };
     j["thermochemistry"]["quasi_rrho"] = QuasiRrhoJson(s);
     j["thermochemistry"]["concentration"] = OrNull(s.opt.concentration, s.opt.concentration > 0.0);
-    j["temperature_tables"] = {{"fixed", Table(r.fixedTable)}, {"requested", Table(r.requestedTable)}};
+    j["temperature_tables"] = {
+        {"model", r.tableModel}, {"fixed", Table(r.fixedTable)}, {"requested", Table(r.requestedTable)}};
+    j["internal_rotations"] = InternalRotationsJson(r);
+    j["totals_by_model"] = TotalsByModelJson(r);
   } else {
     j["thermochemistry"] = nullptr;
     j["temperature_tables"] = nullptr;

@@ -91,6 +91,7 @@ struct Options {
   bool allPositive = false;
   bool recalcFreq = false;
   bool arir = false;
+  bool nrotProduct = false;           // /NROTPRODUCT: NRot = n1 n2, not lcm(n1, n2)
   bool noLog = false;
   bool noGraphics = false;            // /0
   bool raman = false;

@@ -54,9 +54,36 @@ struct QuasiRrho {
   double s = 0.0, h = 0.0, g = 0.0;  // totals: J/K/mol, kJ/mol, kJ/mol
 };
 
+// One internal rotation of the full evaluation, as a script reads it.
+struct RotorRecord {
+  int mode = 0;                       // the replaced mode, 1-based
+  std::array<int, 2> axis{};          // atoms; 0 a centre of mass
+  std::vector<int> group, other;      // the two groups, 1-based
+  int fold = 1;                       // period of the potential (NRot)
+  int symmetryNumber = 1;             // what divides the partition function
+  double iStar = 0.0, iStarStar = 0.0;     // amu*bohr^2
+  double v0Star = 0.0, v0StarStar = 0.0;   // kJ/mol
+  const char* v0Source = "frequency";      // "frequency", "specfile" (V0 given), "potential"
+  bool harmonic = false;              // an implausible barrier left the mode harmonic
+  // C (J/K/mol), S (J/K/mol), H (kJ/mol) per model: harmonic, free I(*),
+  // free I(**), Pitzer-Gwinn I(*), I(**), quantum I(*), I(**).
+  std::array<std::array<double, 3>, 7> models{};
+};
+
+// The totals of the full evaluation in each model of the rotations, with
+// E+G in Hartree; the Monte Carlo one only when it ran.
+struct ModelTotals {
+  const char* model = "";
+  TDResult tot;
+  double eg = 0.0;
+};
+
 // What the end of a run reports besides the MainLog (/JSON, /CSV@): the full
 // evaluation at the run's temperature and pressure and the temperature tables.
 struct ThermoReport {
+  std::vector<RotorRecord> rotors;
+  std::vector<ModelTotals> totalsByModel;
+  const char* tableModel = "harmonic";  // the model of the temperature tables' rows
   bool evaluated = false;
   double temperature = 0.0, pressure = 0.0;  // K, Pa
   double zpeTot = 0.0;                       // kJ/mol

@@ -15,6 +15,8 @@ using Dsygv = void(const int*, const char*, const char*, const int*, double*, co
                    double*, double*, const int*, int*, Len, Len);
 using Dsyevd = void(const char*, const char*, const int*, double*, const int*, double*, double*, const int*, int*,
                     const int*, int*, Len, Len);
+using Dsbev = void(const char*, const char*, const int*, const int*, double*, const int*, double*, double*,
+                   const int*, double*, int*, Len, Len);
 using Dgesv = void(const int*, const int*, double*, const int*, int*, double*, const int*, int*);
 using Dgbsv = void(const int*, const int*, const int*, const int*, double*, const int*, int*, double*, const int*,
                    int*);
@@ -24,6 +26,7 @@ struct Library {
   void* handle = nullptr;
   Dsygv* dsygv = nullptr;
   Dsyevd* dsyevd = nullptr;
+  Dsbev* dsbev = nullptr;
   Dgesv* dgesv = nullptr;
   Dgbsv* dgbsv = nullptr;
 };
@@ -44,6 +47,7 @@ const Library& Load() {
     if (!lib.handle) return;
     lib.dsygv = Symbol<Dsygv>(lib.handle, "dsygv_");
     lib.dsyevd = Symbol<Dsyevd>(lib.handle, "dsyevd_");
+    lib.dsbev = Symbol<Dsbev>(lib.handle, "dsbev_");
     lib.dgesv = Symbol<Dgesv>(lib.handle, "dgesv_");
     lib.dgbsv = Symbol<Dgbsv>(lib.handle, "dgbsv_");
     if (auto* setThreads = Symbol<SetNumThreads>(lib.handle, "openblas_set_num_threads")) setThreads(1);
@@ -71,6 +75,12 @@ int dsyevd(char jobz, char uplo, int n, double* a, int lda, double* w, double* w
            int liwork) {
   int info = 0;
   Routine(&Library::dsyevd, "DSYEVD")(&jobz, &uplo, &n, a, &lda, w, work, &lwork, iwork, &liwork, &info, 1, 1);
+  return info;
+}
+
+int dsbev(char jobz, char uplo, int n, int kd, double* ab, int ldab, double* w, double* z, int ldz, double* work) {
+  int info = 0;
+  Routine(&Library::dsbev, "DSBEV")(&jobz, &uplo, &n, &kd, ab, &ldab, w, z, &ldz, work, &info, 1, 1);
   return info;
 }
 

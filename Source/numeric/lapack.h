@@ -18,6 +18,8 @@ int dsygv(int itype, char jobz, char uplo, int n, double* a, int lda, double* b,
           int lwork);
 int dsyevd(char jobz, char uplo, int n, double* a, int lda, double* w, double* work, int lwork, int* iwork,
            int liwork);
+// Eigenvalues (jobz 'N') of a symmetric band matrix with kd off-diagonals.
+int dsbev(char jobz, char uplo, int n, int kd, double* ab, int ldab, double* w, double* z, int ldz, double* work);
 int dgesv(int n, int nrhs, double* a, int lda, int* ipiv, double* b, int ldb);
 int dgbsv(int n, int kl, int ku, int nrhs, double* ab, int ldab, int* ipiv, double* b, int ldb);
 

@@ -1,6 +1,8 @@
 #include "readers/tdi_file.h"
 
+#include <algorithm>
 #include <cmath>
+#include <string>
 #include <ostream>
 
 #include "io/fortran_io.h"
@@ -75,6 +77,7 @@ struct SpecReader {
       if (!in.Next(line)) throw FatalReadError(Place("READP"), "end of file inside the table");
       if (Trim(line).empty()) {
         rot.potentialKind = k - 1;
+        CheckCoverage(rot);
         return;
       }
       auto v = ReadFreeReals(line, 2, Place("READP"));
@@ -82,6 +85,18 @@ struct SpecReader {
       rot.energies.push_back(v[1] * factor);
       if (k == MaxPotentialPoints) return;
     }
+  }
+
+  // The cosine transform samples the curve from 0 to 180 degrees; a curve
+  // that ends before (three points are no curve: the barrier then comes
+  // from the frequency) can not be transformed.
+  void CheckCoverage(const IntRot& rot) {
+    if (rot.angles.size() <= 3) return;
+    const auto [lo, hi] = std::minmax_element(rot.angles.begin(), rot.angles.end());
+    constexpr double kSlack = 1e-6;
+    if (*lo > kSlack || *hi < 180.0 - kSlack)
+      throw FatalReadError(Place("READP"), "the potential must cover the angles 0 to 180 degrees (it covers " +
+                                               std::to_string(*lo) + " to " + std::to_string(*hi) + ")");
   }
 
   void Rotation(std::string_view line) {

@@ -134,8 +134,8 @@ void WriteRotorTable(std::ostream& out, int rotation, int mode, const RotorResul
   };
   out << " Thermodynamic functions for internal rotation" << FmtI(rotation, 3) << " (vibration mode"
       << FmtI(mode, 3) << ")\n";
-  out << FmtX(17) << " Harmonic   Free Rotator   Pitzer-Gwinn tables \n";
-  out << FmtX(17) << "Ocsillator  I(*)    I(**)     I(*)    I(**)\n";
+  out << FmtX(17) << " Harmonic   Free Rotator   Pitzer-Gwinn tables    Quantum rotor\n";
+  out << FmtX(17) << "Ocsillator  I(*)    I(**)     I(*)    I(**)     I(*)    I(**)\n";
   row(" C,    J/K/mol=", [](const RotorFunctions& f) { return f.C; });
   row(" U,    kJ/mol =", [](const RotorFunctions& f) { return f.U; });
   row(" H,    kJ/mol =", [](const RotorFunctions& f) { return f.H; });
@@ -149,6 +149,7 @@ void WriteRotorTable(std::ostream& out, int rotation, int mode, const RotorResul
   row(" G+ZPE,kJ/mol =", [zpe](const RotorFunctions& f) { return f.G + zpe; });
   out << " I(*)  - reduced moments of inertia are calculated by formula 1/I=1/Ia+1/Ib\n";
   out << " I(**) - reduced moments of inertia are calculated by Pitzer-Gwinn formulas\n";
+  out << " Quantum - exact levels of the one-dimensional rotor in the same potential\n";
   out << " Note: I(*)=I(**) for symmetric rotors.\n";
 }
 

@@ -22,13 +22,23 @@ struct RotorFunctions {
   double G = 0.0;  // kJ/mol
 };
 
-// The five models of the rotation table, in the order of its columns.
-enum RotorColumn { HarmonicColumn = 0, FreeStarColumn, FreeStarStarColumn, PitzerStarColumn, PitzerStarStarColumn };
+// The models of the rotation table, in the order of its columns: the last two
+// are the exact quantum rotor.
+enum RotorColumn {
+  HarmonicColumn = 0,
+  FreeStarColumn,
+  FreeStarStarColumn,
+  PitzerStarColumn,
+  PitzerStarStarColumn,
+  QuantumStarColumn,
+  QuantumStarStarColumn
+};
+inline constexpr int RotorColumnCount = 7;
 
 // One rotation at one temperature. The harmonic column is the replaced
 // mode's vibrational contribution, filled in by the caller.
 struct RotorResult {
-  std::array<RotorFunctions, 5> column;
+  std::array<RotorFunctions, RotorColumnCount> column;
   double zpe = 0.0;  // kJ/mol, zero-point energy of the replaced mode
 };
 
@@ -100,7 +110,7 @@ RotorFunctions PitzerGwinnRotor(PitzerTables& tables, double V0, double moment, 
 void WriteBarrierHeight(std::ostream& out, int n, double V0, double T, double momentStar,
                         double momentStarStar);
 
-// The table of the five models for rotation `rotation` replacing `mode`,
+// The table of the seven models for rotation `rotation` replacing `mode`,
 // with the U, H and G lines repeated with the mode's zero-point energy.
 void WriteRotorTable(std::ostream& out, int rotation, int mode, const RotorResult& result);
 

@@ -26,28 +26,17 @@ namespace {
 constexpr double kKJToHartreeMC = 0.0003809083380231225;
 constexpr double kHartreeJPerMol = rc::HartreeToKJPerMol * 1000.0;
 
-constexpr long long kBlockTrials = 1 << 15;  // trials drawn from one generator
-constexpr double kNarrowestBin = 0.002;       // kJ/mol
-constexpr int kMostBins = 1 << 16;
+constexpr long long kBlockTrials = 512;  // trials of one block when the count is automatic
+constexpr int kGrid = 4096;                // cells of the inverse cumulative distribution
 
 // beta per kJ/mol at T.
 double Beta(double T) { return kKJToHartreeMC / (rc::GasConstant * T / kHartreeJPerMol); }
 
-// Lowest and highest value of a series on a 0.1-degree grid.
-std::pair<double, double> SeriesRange(const CosineSeries& a) {
-  double lo = 1e300, hi = -1e300;
-  for (int k = 0; k < 3600; ++k) {
-    const double v = CosineSum(a, k * 0.1 * rc::DegToRad);
-    lo = std::min(lo, v);
-    hi = std::max(hi, v);
-  }
-  return {lo, hi};
-}
-
 // sum a[m] cos(m x) by the Chebyshev recurrence from c = cos x.
-double SeriesAt(const CosineSeries& a, double c) {
-  double tPrev = 1.0, t = c, v = a[0] + a[1] * c;
-  for (int m = 2; m < FourierTerms; ++m) {
+double SeriesAt(const std::vector<double>& a, double c) {
+  if (a.empty()) return 0.0;
+  double tPrev = 1.0, t = c, v = a[0] + (a.size() > 1 ? a[1] * c : 0.0);
+  for (size_t m = 2; m < a.size(); ++m) {
     const double next = 2.0 * c * t - tPrev;
     tPrev = t;
     t = next;
@@ -64,7 +53,7 @@ struct TorsionFrame {
   struct Rot {
     std::vector<int> group, other;  // other: only when an axis point is a centre of mass
     int atom1 = -1, atom2 = -1;     // -1: centre of mass of group / other side
-    CosineSeries potential{};
+    std::vector<double> potential;
   };
   std::vector<Rot> rot;
   // Rotations whose group holds atom a: member[start[a] .. start[a+1]).
@@ -200,14 +189,12 @@ double WeightAt(const TorsionFrame& f, Workspace& w) {
 }
 
 // Turns every group by its angle in turn (the axis of a later rotation moves
-// with the earlier ones); returns the potential.
-double PlaceTorsions(const TorsionFrame& f, Workspace& w, const double* angle) {
+// with the earlier ones).
+void PlaceTorsions(const TorsionFrame& f, Workspace& w, const double* angle) {
   std::copy(f.ref.begin(), f.ref.end(), w.x.begin());
-  double v = 0.0;
   for (size_t i = 0; i < f.rot.size(); ++i) {
     const TorsionFrame::Rot& r = f.rot[i];
     const double c = std::cos(angle[i]), s = std::sin(angle[i]);
-    v += SeriesAt(r.potential, c);
     Vec3 p, e;
     AxisAt(f, r, w.x, p, e);
     const double k = 1.0 - c;  // Rodrigues: R = c 1 + s [e]x + (1 - c) e e^T
@@ -216,37 +203,15 @@ double PlaceTorsions(const TorsionFrame& f, Workspace& w, const double* angle) {
                  Vec3{k * e[2] * e[0] - s * e[1], k * e[2] * e[1] + s * e[0], c + k * e[2] * e[2]}};
     for (int a : r.group) w.x[a] = p + R * (w.x[a] - p);
   }
-  return v;
-}
-
-using Moments = std::array<double, MomentOrder + 1>;
-
-struct Bins {
-  std::vector<Moments> g1, g2;
-};
-
-void AddTrial(const TorsionSample& layout, Bins& bins, double v, double g) {
-  const int nb = static_cast<int>(bins.g1.size());
-  int b = static_cast<int>(std::floor((v - layout.vLow) / layout.binWidth + 0.5));
-  b = std::clamp(b, 0, nb - 1);
-  const double d = v - (layout.vLow + b * layout.binWidth);
-  Moments& m1 = bins.g1[static_cast<size_t>(b)];
-  Moments& m2 = bins.g2[static_cast<size_t>(b)];
-  const double g2 = g * g;
-  double p = 1.0;
-  for (int k = 0; k <= MomentOrder; ++k) {
-    m1[k] += g * p;
-    m2[k] += g2 * p;
-    p *= d;
-  }
 }
 
 }  // namespace
 
-CosineSeries SingleBarrierSeries(double V0, int n) {
-  CosineSeries a{};
+std::vector<double> SingleBarrierSeries(double V0, int n) {
+  const size_t fold = static_cast<size_t>(std::max(n, 1));
+  std::vector<double> a(fold + 1, 0.0);
   a[0] = V0 / 2.0;
-  if (n >= 1 && n < FourierTerms) a[n] = -V0 / 2.0;
+  a[fold] = -V0 / 2.0;
   return a;
 }
 
@@ -267,129 +232,45 @@ double KinematicWeight(const std::vector<TorsionRotor>& rotors, const std::vecto
   return WeightAt(f, w);
 }
 
-TorsionSample SampleTorsions(const std::vector<TorsionRotor>& rotors, const std::vector<double>& masses,
-                             const std::vector<Vec3>& xyz, long long trials, MonteCarloSeeds seeds,
-                             unsigned threads) {
-  TorsionSample sample;
-  sample.trials = std::max(trials, 0LL);
-  sample.rotors = static_cast<int>(rotors.size());
-  const TorsionFrame frame = MakeFrame(rotors, masses, xyz);
-  double lo = 0.0, hi = 0.0;
-  for (const TorsionRotor& r : rotors) {
-    sample.productNRot *= std::max(r.n, 1);
-    const auto [l, h] = SeriesRange(r.potential);
-    lo += l;
-    hi += h;
-  }
-  const double span = hi - lo;
-  const int nb = span > 0.0 ? static_cast<int>(std::min<double>(kMostBins, std::ceil(span / kNarrowestBin)) + 1) : 1;
-  sample.vLow = lo;
-  sample.binWidth = span > 0.0 ? span / (nb - 1) : 1.0;
-  {  // the axes are checked before the threads start
-    Workspace probe(frame);
-    for (const auto& r : frame.rot) {
-      Vec3 p, e;
-      AxisAt(frame, r, probe.x, p, e);
-    }
-  }
-
-  if (threads == 0) threads = std::max(1u, std::thread::hardware_concurrency());
-  const long long blocks = (sample.trials + kBlockTrials - 1) / kBlockTrials;
-  threads = static_cast<unsigned>(std::min<long long>(threads, std::max(blocks, 1LL)));
-  std::vector<Bins> perThread(threads);
-  std::atomic<long long> nextBlock{0};
-  const size_t nRot = rotors.size();
-  const auto work = [&](unsigned id) {
-    Bins& bins = perThread[id];
-    bins.g1.assign(static_cast<size_t>(nb), Moments{});
-    bins.g2.assign(static_cast<size_t>(nb), Moments{});
-    Workspace w(frame);
-    std::vector<double> angle(nRot);
-    for (long long b = nextBlock++; b < blocks; b = nextBlock++) {
-      std::seed_seq seq{seeds.seed1, seeds.seed2, static_cast<std::uint32_t>(b),
-                        static_cast<std::uint32_t>(b >> 32)};
-      std::mt19937_64 rng(seq);
-      const long long end = std::min(sample.trials, (b + 1) * kBlockTrials);
-      for (long long k = b * kBlockTrials; k < end; ++k) {
-        for (double& a : angle) a = 2.0 * rc::Pi * (static_cast<double>(rng() >> 11) * 0x1.0p-53);
-        const double v = PlaceTorsions(frame, w, angle.data());
-        AddTrial(sample, bins, v, WeightAt(frame, w));
-      }
-    }
-  };
-  std::vector<std::thread> pool;
-  for (unsigned id = 1; id < threads; ++id) pool.emplace_back(work, id);
-  work(0);
-  for (std::thread& t : pool) t.join();
-
-  sample.g1.assign(static_cast<size_t>(nb), Moments{});
-  sample.g2.assign(static_cast<size_t>(nb), Moments{});
-  for (const Bins& bins : perThread)
-    for (size_t b = 0; b < bins.g1.size(); ++b)
-      for (int k = 0; k <= MomentOrder; ++k) {
-        sample.g1[b][k] += bins.g1[b][k];
-        sample.g2[b][k] += bins.g2[b][k];
-      }
-  return sample;
-}
-
 namespace {
 
-// Sums over the trials at one beta, each bin's exp(-beta d) by its Taylor
-// series, relative to exp(-beta vLow) (squared for the squares).
-struct WeightSums {
-  double w = 0.0;    // sum g e^{-beta (V - vLow)}
-  double wv = 0.0;   // ... times V
-  double ww = 0.0;   // sum g^2 e^{-2 beta (V - vLow)}
+// One torsion's Boltzmann density at one beta, on kGrid cells of equal width:
+// each cell weighs exp(-beta V) at its centre, and a uniform number picks a
+// cell by the cumulative sums and a point uniformly inside it. The trial's
+// weight corrects for the difference between V at the point and at the centre,
+// so that the estimate is exact on average whatever the grid.
+struct TorsionDensity {
+  std::vector<double> cumulative;  // kGrid + 1 sums, from 0
+  std::vector<double> vCell;       // V at the cell centres less vMin, kJ/mol
+  double vMin = 0.0;
+  double lnZ = 0.0;                // ln of h sum exp(-beta vCell)
 };
 
-WeightSums SumsAt(const TorsionSample& s, double beta) {
-  constexpr int kTerms = MomentOrder - 1;  // d^0 .. d^9 with d^(k+1) available
-  std::array<double, kTerms> c1{}, c2{};
-  c1[0] = c2[0] = 1.0;
-  for (int k = 1; k < kTerms; ++k) {
-    c1[k] = c1[k - 1] * (-beta) / k;
-    c2[k] = c2[k - 1] * (-2.0 * beta) / k;
+constexpr double kCell = 2.0 * rc::Pi / kGrid;
+
+TorsionDensity DensityOf(const std::vector<double>& V, double beta) {
+  TorsionDensity d;
+  d.vCell.resize(kGrid);
+  for (int k = 0; k < kGrid; ++k) d.vCell[static_cast<size_t>(k)] = SeriesAt(V, std::cos((k + 0.5) * kCell));
+  d.vMin = *std::min_element(d.vCell.begin(), d.vCell.end());
+  d.cumulative.assign(kGrid + 1, 0.0);
+  for (int k = 0; k < kGrid; ++k) {
+    d.vCell[static_cast<size_t>(k)] -= d.vMin;
+    d.cumulative[static_cast<size_t>(k) + 1] =
+        d.cumulative[static_cast<size_t>(k)] + std::exp(-beta * d.vCell[static_cast<size_t>(k)]);
   }
-  WeightSums r;
-  for (size_t b = 0; b < s.g1.size(); ++b) {
-    const Moments& m1 = s.g1[b];
-    if (m1[0] == 0.0) continue;
-    const Moments& m2 = s.g2[b];
-    const double centre = s.vLow + static_cast<double>(b) * s.binWidth;
-    const double e = std::exp(-beta * (centre - s.vLow));
-    double w = 0.0, wd = 0.0, ww = 0.0;
-    for (int k = 0; k < kTerms; ++k) {
-      w += c1[k] * m1[k];
-      wd += c1[k] * m1[k + 1];
-      ww += c2[k] * m2[k];
-    }
-    r.w += e * w;
-    r.wv += e * (centre * w + wd);
-    r.ww += e * e * ww;
-  }
-  return r;
+  d.lnZ = std::log(d.cumulative.back() * kCell);
+  return d;
 }
 
-// sum g^2 e^{-2 beta (V - vLow)} (V - mean)^2.
-double CentredSquares(const TorsionSample& s, double beta, double mean) {
-  constexpr int kTerms = MomentOrder - 1;
-  std::array<double, kTerms> c2{};
-  c2[0] = 1.0;
-  for (int k = 1; k < kTerms; ++k) c2[k] = c2[k - 1] * (-2.0 * beta) / k;
-  double sum = 0.0;
-  for (size_t b = 0; b < s.g2.size(); ++b) {
-    const Moments& m2 = s.g2[b];
-    if (m2[0] == 0.0) continue;
-    const double centre = s.vLow + static_cast<double>(b) * s.binWidth;
-    const double c = centre - mean;
-    const double e = std::exp(-beta * (centre - s.vLow));
-    double v = 0.0;
-    for (int k = 0; k + 2 <= MomentOrder && k < kTerms; ++k)
-      v += c2[k] * (c * c * m2[k] + 2.0 * c * m2[k + 1] + m2[k + 2]);
-    sum += e * e * v;
-  }
-  return sum;
+// The angle of the uniform number u in [0, 1), and its cell.
+double Draw(const TorsionDensity& d, double u, int& cell) {
+  const double target = u * d.cumulative.back();
+  const auto it = std::upper_bound(d.cumulative.begin(), d.cumulative.end(), target);
+  cell = std::clamp(static_cast<int>(it - d.cumulative.begin()) - 1, 0, kGrid - 1);
+  const double lo = d.cumulative[static_cast<size_t>(cell)], hi = d.cumulative[static_cast<size_t>(cell) + 1];
+  const double inside = hi > lo ? std::clamp((target - lo) / (hi - lo), 0.0, 1.0) : 0.5;
+  return (cell + inside) * kCell;
 }
 
 // (2 pi sqrt(2 pi k T amu bohr^2) / h)^N: the kinetic factor of N rotations.
@@ -400,42 +281,182 @@ double LnKinetic(int rotors, double T) {
   return rotors * std::log(one);
 }
 
+using Five = std::array<double, 5>;
+
+// The functions that follow from ln Z at the five temperatures.
+struct Estimate {
+  Five f{};
+  double lnZ = 0.0, d1 = 0.0, U = 0.0, S = 0.0, F = 0.0, CV = 0.0;
+};
+
+// ln Z at the five temperatures from the sums of g rho_j and of rho_j, rho_j
+// the ratio of the Boltzmann densities at T_j and at T: <g>_Tj is their
+// quotient, and the grids' own Z_i(T_j) stand in `base`, so that the noise
+// of the sampled potential cancels in the temperature derivatives.
+Estimate FromSums(const Five& gRho, const Five& rho, const Five& base, double T) {
+  Estimate e;
+  const double dT = MonteCarloStep * T, R = rc::GasConstant;
+  for (int j = 0; j < 5; ++j) e.f[j] = base[j] + std::log(gRho[j] / rho[j]);
+  e.lnZ = e.f[2];
+  e.d1 = (2.0 * (e.f[4] - e.f[0]) + (e.f[3] - e.f[1])) / (10.0 * dT);
+  const double d2 = (16.0 * (e.f[3] + e.f[1]) - e.f[4] - e.f[0] - 30.0 * e.f[2]) / (12.0 * dT * dT);
+  e.U = R * T * T * e.d1 / 1000.0;
+  e.S = R * (e.lnZ + T * e.d1);
+  e.F = -R * T * e.lnZ / 1000.0;
+  e.CV = R * (2.0 * T * e.d1 + T * T * d2);
+  return e;
+}
+
+// The sums of the trials of one block, per temperature.
+struct BlockPlan {
+  long long trials = 0, blockSize = 0;
+  long long Blocks() const { return blockSize > 0 ? (trials + blockSize - 1) / blockSize : 0; }
+};
+
 }  // namespace
 
-MonteCarloResult MonteCarloAtT(const TorsionSample& sample, double T) {
+MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const std::vector<double>& masses,
+                               const std::vector<Vec3>& xyz, double T, long long trials, MonteCarloSeeds seeds,
+                               unsigned threads) {
   MonteCarloResult r;
   r.T = T;
-  const double dT = MonteCarloStep * T;
-  const double n = static_cast<double>(std::max(sample.trials, 1LL));
-  std::array<double, 5> f{};
-  WeightSums centre;
-  for (int j = 0; j < 5; ++j) {
-    const double Tj = T + (j - 2) * dT, beta = Beta(Tj);
-    const WeightSums ws = SumsAt(sample, beta);
-    if (j == 2) centre = ws;
-    const double lnScale = LnKinetic(sample.rotors, Tj) - std::log(sample.productNRot) - beta * sample.vLow;
-    const double mean = ws.w / n;
-    f[j] = lnScale + std::log(mean);
-    r.Z[j] = std::exp(f[j]);
-    const double variance = std::max(ws.ww / n - mean * mean, 0.0);
-    r.sigmaZ[j] = std::exp(lnScale) * std::sqrt(variance / n);
+  const int nRot = static_cast<int>(rotors.size());
+  const TorsionFrame frame = MakeFrame(rotors, masses, xyz);
+  {  // the axes are checked before the threads start
+    Workspace probe(frame);
+    for (const auto& rot : frame.rot) {
+      Vec3 p, e;
+      AxisAt(frame, rot, probe.x, p, e);
+    }
   }
-  const double R = rc::GasConstant, beta = Beta(T);
-  r.lnZ = f[2];
-  r.sigmaLnZ = r.Z[2] > 0.0 ? r.sigmaZ[2] / r.Z[2] : 0.0;
-  r.dLnZdT = (2.0 * (f[4] - f[0]) + (f[3] - f[1])) / (10.0 * dT);
-  const double second = (16.0 * (f[3] + f[1]) - f[4] - f[0] - 30.0 * f[2]) / (12.0 * dT * dT);
-  // d lnZ/dT = N/(2T) + beta <V>/T: its error is that of the weighted mean of V.
-  const double meanV = centre.w > 0.0 ? centre.wv / centre.w : 0.0;
-  const double sigmaV = centre.w > 0.0 ? std::sqrt(std::max(CentredSquares(sample, beta, meanV), 0.0)) / centre.w : 0.0;
-  r.sigmaDLnZdT = beta * sigmaV / T;
-  r.U = R * T * T * r.dLnZdT / 1000.0;
-  r.sigmaU = R * T * T * r.sigmaDLnZdT / 1000.0;
-  r.S = R * (r.lnZ + T * r.dLnZdT);
-  r.sigmaS = R * std::hypot(r.sigmaLnZ, T * r.sigmaDLnZdT);
-  r.F = -R * T * r.lnZ / 1000.0;
-  r.sigmaF = R * T * r.sigmaLnZ / 1000.0;
-  r.CV = R * (2.0 * T * r.dLnZdT + T * T * second);
+  const double beta = Beta(T);
+  std::vector<TorsionDensity> density;
+  double productNRot = 1.0;
+  for (const TorsionRotor& t : rotors) {
+    density.push_back(DensityOf(t.potential, beta));
+    productNRot *= std::max(t.n, 1);
+  }
+  Five betas{}, base{};
+  for (int j = 0; j < 5; ++j) {
+    const double Tj = T + (j - 2) * MonteCarloStep * T;
+    betas[j] = Beta(Tj);
+    double lnZj = 0.0;
+    for (const TorsionRotor& t : rotors) {
+      const TorsionDensity d = DensityOf(t.potential, betas[j]);
+      lnZj += d.lnZ - betas[j] * d.vMin;
+    }
+    // The kinetic factor holds the 2 pi of each turn, which the grids hold too.
+    base[j] = LnKinetic(nRot, Tj) - nRot * std::log(2.0 * rc::Pi) - std::log(productNRot) + lnZj;
+  }
+
+  // Blocks: for a given count 32 of equal size; else 512 trials each, their
+  // number doubled until sigma(S) is reached or the ladder's count.
+  const bool automatic = trials <= 0;
+  const long long most = std::max(MonteCarloTrials(nRot, 0), MonteCarloFewestTrials);
+  BlockPlan plan;
+  if (automatic) {
+    plan.blockSize = kBlockTrials;
+    plan.trials = MonteCarloFewestTrials;
+  } else {
+    plan.trials = trials;
+    plan.blockSize = std::max(1LL, (trials + MonteCarloBatches - 1) / MonteCarloBatches);
+  }
+  std::vector<Five> blockGRho, blockRho;
+  if (threads == 0) threads = std::max(1u, std::thread::hardware_concurrency());
+
+  const auto sample = [&](long long firstBlock, long long endBlock) {
+    blockGRho.resize(static_cast<size_t>(endBlock), Five{});
+    blockRho.resize(static_cast<size_t>(endBlock), Five{});
+    std::atomic<long long> next{firstBlock};
+    const auto work = [&]() {
+      Workspace w(frame);
+      std::vector<double> angle(static_cast<size_t>(nRot));
+      for (long long b = next++; b < endBlock; b = next++) {
+        std::seed_seq seq{seeds.seed1, seeds.seed2, static_cast<std::uint32_t>(b), static_cast<std::uint32_t>(b >> 32),
+                          static_cast<std::uint32_t>(plan.blockSize)};
+        std::mt19937_64 rng(seq);
+        const long long count = std::min(plan.trials, (b + 1) * plan.blockSize) - b * plan.blockSize;
+        Five gRho{}, rho{};
+        for (long long k = 0; k < count; ++k) {
+          double atPoint = 0.0, atCentre = 0.0;
+          for (int i = 0; i < nRot; ++i) {
+            const TorsionDensity& d = density[static_cast<size_t>(i)];
+            int cell = 0;
+            const double x = Draw(d, static_cast<double>(rng() >> 11) * 0x1.0p-53, cell);
+            angle[static_cast<size_t>(i)] = x;
+            atPoint += SeriesAt(frame.rot[static_cast<size_t>(i)].potential, std::cos(x)) - d.vMin;
+            atCentre += d.vCell[static_cast<size_t>(cell)];
+          }
+          PlaceTorsions(frame, w, angle.data());
+          const double g = WeightAt(frame, w);
+          // The potential of the drawn point over that of its cell: the
+          // density at T_j over the one drawn from, up to a constant.
+          for (int j = 0; j < 5; ++j) {
+            const double ratio = std::exp(-betas[j] * atPoint + beta * atCentre);
+            gRho[j] += g * ratio;
+            rho[j] += ratio;
+          }
+        }
+        blockGRho[static_cast<size_t>(b)] = gRho;
+        blockRho[static_cast<size_t>(b)] = rho;
+      }
+    };
+    const unsigned n = static_cast<unsigned>(std::min<long long>(threads, std::max(endBlock - firstBlock, 1LL)));
+    std::vector<std::thread> pool;
+    for (unsigned id = 1; id < n; ++id) pool.emplace_back(work);
+    work();
+    for (std::thread& t : pool) t.join();
+  };
+
+  Estimate all;
+  long long done = 0;
+  for (;;) {
+    const long long blocks = plan.Blocks();
+    sample(done, blocks);
+    done = blocks;
+    // Batch means: the blocks in 32 consecutive batches.
+    const long long nb = std::min<long long>(MonteCarloBatches, blocks);
+    Five totalGRho{}, totalRho{};
+    std::vector<Estimate> batch;
+    for (long long b = 0; b < nb; ++b) {
+      Five gRho{}, rho{};
+      for (long long k = b * blocks / nb; k < (b + 1) * blocks / nb; ++k)
+        for (int j = 0; j < 5; ++j) {
+          gRho[j] += blockGRho[static_cast<size_t>(k)][j];
+          rho[j] += blockRho[static_cast<size_t>(k)][j];
+        }
+      for (int j = 0; j < 5; ++j) totalGRho[j] += gRho[j], totalRho[j] += rho[j];
+      batch.push_back(FromSums(gRho, rho, base, T));
+    }
+    all = FromSums(totalGRho, totalRho, base, T);
+    const auto sigma = [&](auto field) {
+      if (nb < 2) return 0.0;
+      double mean = 0.0, sq = 0.0;
+      for (const Estimate& e : batch) mean += field(e);
+      mean /= static_cast<double>(nb);
+      for (const Estimate& e : batch) sq += (field(e) - mean) * (field(e) - mean);
+      return std::sqrt(sq / (static_cast<double>(nb) * static_cast<double>(nb - 1)));
+    };
+    r.sigmaLnZ = sigma([](const Estimate& e) { return e.lnZ; });
+    r.sigmaDLnZdT = sigma([](const Estimate& e) { return e.d1; });
+    r.sigmaU = sigma([](const Estimate& e) { return e.U; });
+    r.sigmaS = sigma([](const Estimate& e) { return e.S; });
+    r.sigmaF = sigma([](const Estimate& e) { return e.F; });
+    r.sigmaCV = sigma([](const Estimate& e) { return e.CV; });
+    for (int j = 0; j < 5; ++j) {
+      r.Z[j] = std::exp(all.f[j]);
+      r.sigmaZ[j] = r.Z[j] * sigma([j](const Estimate& e) { return e.f[j]; });
+    }
+    r.trials = plan.trials;
+    if (!automatic || r.sigmaS <= MonteCarloTargetSigmaS || plan.trials >= most || nRot == 0) break;
+    plan.trials = std::min(2 * plan.trials, most);
+  }
+  r.lnZ = all.lnZ;
+  r.dLnZdT = all.d1;
+  r.U = all.U;
+  r.S = all.S;
+  r.F = all.F;
+  r.CV = all.CV;
   return r;
 }
 
@@ -467,18 +488,18 @@ void WriteMonteCarloReport(std::ostream& out, const MonteCarloResult& r, long lo
 namespace {
 
 struct IntegrandData {
-  const CosineSeries* potential;
+  const std::vector<double>* potential;
   double rt;  // kJ/mol
 };
 
 double BoltzmannFactor(double x, void* p) {
   const auto* d = static_cast<const IntegrandData*>(p);
-  return std::exp(-CosineSum(*d->potential, x) / d->rt);
+  return std::exp(-SeriesAt(*d->potential, std::cos(x)) / d->rt);
 }
 
 }  // namespace
 
-ConfigurationIntegral RotorConfigurationIntegral(const CosineSeries& potential, double T) {
+ConfigurationIntegral RotorConfigurationIntegral(const std::vector<double>& potential, double T) {
   ConfigurationIntegral c;
   c.xa = 0.0;
   c.xb = 2.0 * rc::Pi;

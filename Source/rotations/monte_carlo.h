@@ -1,13 +1,10 @@
-// Classical Monte Carlo integration of all internal rotations together: the
-// torsion angles are sampled uniformly, the potential is the sum of the
-// rotations' cosine series, and the kinetic weight is the square root of the
-// determinant of the kinematic matrix at each sampled geometry.
-//
-// The samples do not depend on the temperature, only their Boltzmann weights
-// do. One pass keeps, per narrow bin of the potential, the moments of the
-// weight g = sqrt(det K) and of g^2 in the offset d of V from the bin centre;
-// Z at any temperature then follows from a short Taylor series of exp(-beta d)
-// per bin, exactly to rounding, without sampling again.
+// Classical Monte Carlo integration of all internal rotations together. The
+// potential is a sum of one-dimensional terms, so each torsion angle is drawn
+// from its own Boltzmann density (inverse of its cumulative distribution on a
+// fine grid) and only the coupling, the square root of the determinant of the
+// kinematic matrix at the sampled geometry, is averaged:
+// Z = prod Z_i <sqrt det K>. The error is taken from the spread of 32 batch
+// means, which holds whatever the correlations inside a batch.
 #pragma once
 
 #include <array>
@@ -30,39 +27,30 @@ struct TorsionRotor {
   int axisAtom1 = 0;         // in the group; 0: centre of mass of the group
   int axisAtom2 = 0;         // on the other side; 0: centre of mass of the other side
   int n = 1;                 // symmetry number NRot
-  CosineSeries potential{};  // V(x) = sum potential[m] cos(m x), kJ/mol
+  std::vector<double> potential;  // V(x) = sum potential[m] cos(m x), kJ/mol, any number of terms
 };
 
-// The cosine series of V0/2 (1 - cos(n x)).
-CosineSeries SingleBarrierSeries(double V0, int n);
+// The cosine series of V0/2 (1 - cos(n x)), for any fold n.
+std::vector<double> SingleBarrierSeries(double V0, int n);
 
-// Trials by number of rotations when /IRMC gives none: 100 for 1 rotation,
-// ten times more for each further pair, 10^7 from 10 rotations on.
+// The most trials by number of rotations when /IRMC gives none: 100 for 1
+// rotation, ten times more for each further pair, 10^7 from 10 rotations on.
 long long MonteCarloTrials(int rotations, long long requested);
 
 // Seeds of the generator; every block of trials draws from its own
-// std::mt19937_64 seeded by (seed1, seed2, block number), so that a run is
-// the same whatever the number of threads.
+// std::mt19937_64 seeded by (seed1, seed2, block number, block size), so that
+// a run is the same whatever the number of threads.
 struct MonteCarloSeeds {
   std::uint32_t seed1 = 1802;
   std::uint32_t seed2 = 9373;
 };
 
-// Binned moments of one sampling pass (potentials in kJ/mol).
-inline constexpr int MomentOrder = 10;  // d^0 .. d^10
-struct TorsionSample {
-  long long trials = 0;
-  int rotors = 0;
-  double productNRot = 1.0;
-  double vLow = 0.0, binWidth = 1.0;  // centre of bin b is vLow + b binWidth
-  std::vector<std::array<double, MomentOrder + 1>> g1, g2;  // sums of g d^k, g^2 d^k per bin
-};
-
-// Samples `trials` torsion sets of `rotors` in the molecule (`masses` amu,
-// `xyz` bohr). `threads` 0 takes every core.
-TorsionSample SampleTorsions(const std::vector<TorsionRotor>& rotors, const std::vector<double>& masses,
-                             const std::vector<Vec3>& xyz, long long trials, MonteCarloSeeds seeds,
-                             unsigned threads = 0);
+// Without a number of trials the sampling goes on, in doublings, until
+// sigma(S) is below this (J/K/mol) or the ladder's count is reached; it
+// takes at least MonteCarloFewestTrials.
+inline constexpr double MonteCarloTargetSigmaS = 0.04;
+inline constexpr long long MonteCarloFewestTrials = 1 << 14;
+inline constexpr int MonteCarloBatches = 32;
 
 // sqrt(det K) of the rotations at the geometry `xyz` (amu, bohr: amu*bohr^2
 // to the power rotors/2), K the kinematic matrix with the overall
@@ -76,15 +64,22 @@ inline constexpr double MonteCarloStep = 0.0010000000474974513;
 // The integration at T: Z at T-2dT .. T+2dT and the functions of the rotations.
 struct MonteCarloResult {
   double T = 0.0;
+  long long trials = 0;
   std::array<double, 5> Z{}, sigmaZ{};
   double lnZ = 0.0, sigmaLnZ = 0.0;
   double dLnZdT = 0.0, sigmaDLnZdT = 0.0;
   double U = 0.0, sigmaU = 0.0;  // kJ/mol; H = U
   double S = 0.0, sigmaS = 0.0;  // J/K/mol
   double F = 0.0, sigmaF = 0.0;  // kJ/mol; G = F
-  double CV = 0.0;               // J/K/mol; CP = CV
+  double CV = 0.0, sigmaCV = 0.0;  // J/K/mol; CP = CV
 };
-MonteCarloResult MonteCarloAtT(const TorsionSample& sample, double T);
+
+// Samples the `rotors` of the molecule (`masses` amu, `xyz` bohr) at T: the
+// five temperatures reweight the same trials. `trials` 0 samples until
+// sigma(S) reaches MonteCarloTargetSigmaS. `threads` 0 takes every core.
+MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const std::vector<double>& masses,
+                               const std::vector<Vec3>& xyz, double T, long long trials, MonteCarloSeeds seeds,
+                               unsigned threads = 0);
 
 // The report of one temperature in the .mco file.
 void WriteMonteCarloReport(std::ostream& out, const MonteCarloResult& r, long long trials, int rotors,
@@ -95,7 +90,7 @@ void WriteMonteCarloReport(std::ostream& out, const MonteCarloResult& r, long lo
 struct ConfigurationIntegral {
   double xa = 0.0, xb = 0.0, value = 0.0, error = 0.0;
 };
-ConfigurationIntegral RotorConfigurationIntegral(const CosineSeries& potential, double T);
+ConfigurationIntegral RotorConfigurationIntegral(const std::vector<double>& potential, double T);
 void WriteConfigurationIntegrals(std::ostream& out, const std::vector<TorsionRotor>& rotors, double T);
 
 }  // namespace quintor

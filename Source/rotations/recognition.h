@@ -39,7 +39,11 @@ AxisPoints RotationAxisPoints(const std::vector<double>& masses, const std::vect
 // What the recognition found.
 struct Recognition {
   std::vector<IntRot> rotors;  // axis {rotating side, other side}, group = rotating side
-  std::vector<int> symmetry1, symmetry2;  // n1, n2 of the two groups; symmetryNumber = n1 n2
+  // n1, n2 of the two groups. The potential repeats after a turn by 360/n1
+  // and by 360/n2, so its period, and the symmetry number of the rotation,
+  // is lcm(n1, n2) (ethane 3, toluene 6); `foldProduct` gives n1 n2 instead,
+  // as runs of the earlier program printed it.
+  std::vector<int> symmetry1, symmetry2;
   // Per rotation, per atom: displacement per radian of turn, Angstrom.
   std::vector<std::vector<Vec3>> displacement;
 };
@@ -48,6 +52,10 @@ struct Recognition {
 // and displacement vectors of the molecule `xyzAngstrom`, with every line of
 // its report written to `log`. `names` label the rows of the displacements.
 Recognition ARIR(const std::vector<int>& nuclear, const std::vector<double>& masses,
-                 const std::vector<Vec3>& xyzAngstrom, const std::vector<std::string>& names, MainLog& log);
+                 const std::vector<Vec3>& xyzAngstrom, const std::vector<std::string>& names, MainLog& log,
+                 bool foldProduct = false);
+
+// The symmetry number of a rotation whose groups have folds n1 and n2.
+int RotationFold(int n1, int n2, bool foldProduct);
 
 }  // namespace quintor

@@ -134,14 +134,14 @@ void GuardEstimator(MainLog& log, int number, Rotor& r) {
   r.I = r.I0;
 }
 
-void WriteTotals(Session& s, int nRot, const std::array<TDResult, 5>& c, const std::optional<TDResult>& mc) {
+void WriteTotals(Session& s, int nRot, const std::array<TDResult, RotorColumnCount>& c, const std::optional<TDResult>& mc) {
   MainLog& log = s.log;
   log.Line(" Total values of thermodynamic functions (T=" + FmtF(s.opt.temperature, 8, 2) + " K,  P=" +
            FmtF(s.opt.pressure, 10, 2) + " Pa) ");
   log.Line(" taking into account" + FmtI(nRot, 3) + " internal rotations  (in different approximations)");
   log.Line(Ruler118);
-  log.Line(FmtX(13) + " Harmonic   Free Rotator   Pitzer-Gwinn tables");
-  log.Line(FmtX(13) + "Ocsillator  I(*)    I(**)     I(*)    I(**)     IRMC");
+  log.Line(FmtX(13) + " Harmonic   Free Rotator   Pitzer-Gwinn tables    Quantum rotor");
+  log.Line(FmtX(13) + "Ocsillator  I(*)    I(**)     I(*)    I(**)     I(*)    I(**)     IRMC");
   log.Line(Ruler118);
   const auto row = [&](const char* label, double TDResult::*field) {
     std::string line = label;
@@ -159,20 +159,23 @@ void WriteTotals(Session& s, int nRot, const std::array<TDResult, 5>& c, const s
   log.Line(Ruler118);
   log.Line("I(*)  - reduced moments of inertia are calculated by formula 1/I=1/Ia+1/Ib");
   log.Line("I(**) - reduced moments of inertia are calculated by Pitzer-Gwinn formulas");
+  log.Line("Quantum - exact levels of the one-dimensional rotor in the same potential");
   log.Line("IRMC  - Monte Carlo integration with direct estimation of reduced moments");
   log.Line("Note: Internal rotation contributions to U, H, G include U0=H0=ZPE");
-  log.Line("in HO and PG models (U0=H0=0 in FR model)");
+  log.Line("in HO, PG and Quantum models (U0=H0=0 in FR model)");
 }
 
-void WriteEnergies(Session& s, double zpeTot, const std::array<TDResult, 5>& c, const std::optional<TDResult>& mc) {
+void WriteEnergies(Session& s, double zpeTot, const std::array<TDResult, RotorColumnCount>& c, const std::optional<TDResult>& mc) {
   MainLog& log = s.log;
   log.Line(" *** Total energy corrected by TD functions (including internal rotations) ****");
   log.Line(" Minimum electronic-nuclear energy was taken from the input file at step:" + FmtI(s.lowestEnergyStep, 4));
   log.Line(" Minimum Etot: " + FmtF(s.lowestEnergy, 16, 8) + "  (Please check the program decision manually!)");
   log.Line(" Base Energy : " + FmtF(s.electronicEnergy, 16, 8) +
            "  (Energy used as a base for TD calculations. It recommended to check it!)");
-  log.Line(FmtX(10) + "Harmonic             Free Rotator               Pitzer-Gwinn tables");
-  log.Line(FmtX(9) + "Ocsillator        I(*)           I(**)          I(*)           I(**)          IRMC");
+  log.Line(FmtX(10) + "Harmonic             Free Rotator               Pitzer-Gwinn tables            Quantum rotor");
+  log.Line(FmtX(9) +
+           "Ocsillator        I(*)           I(**)          I(*)           I(**)           I(*)           I(**)"
+           "          IRMC");
   const double e = s.electronicEnergy;
   const auto row = [&](const char* label, auto add) {
     std::string line = label;
@@ -187,16 +190,64 @@ void WriteEnergies(Session& s, double zpeTot, const std::array<TDResult, 5>& c, 
   row("E+G  ", [](const TDResult& r) { return r.g; });
 }
 
+// The rotations and the totals of the full evaluation, for the JSON report.
+void RecordRotors(Session& s, const std::vector<Rotor>& rotors, const std::vector<RotorResult>& results,
+                  const std::array<TDResult, RotorColumnCount>& columns, const std::optional<TDResult>& mc) {
+  ThermoReport& report = s.thermo.report;
+  report.rotors.clear();
+  for (size_t k = 0; k < rotors.size(); ++k) {
+    const Rotor& r = rotors[k];
+    RotorRecord rec;
+    rec.mode = r.mode;
+    rec.axis = {r.axis.atom1, r.axis.atom2};
+    rec.group = r.group;
+    rec.other = r.other;
+    rec.fold = rec.symmetryNumber = r.n;
+    rec.iStar = r.groups.reduced;
+    rec.iStarStar = r.I;
+    rec.v0Star = r.V0Star;
+    rec.v0StarStar = r.V0StarStar;
+    rec.v0Source = r.source == -1 ? "specfile" : (r.source == 0 || r.source == 3) ? "frequency" : "potential";
+    rec.harmonic = r.harmonic;
+    for (int j = 0; j < RotorColumnCount; ++j) {
+      const RotorFunctions& f = results[k].column[j];
+      rec.models[j] = {f.C, f.S, f.H};
+    }
+    report.rotors.push_back(std::move(rec));
+  }
+  const double e = s.electronicEnergy;
+  const auto put = [&](const char* model, const TDResult& t) {
+    report.totalsByModel.push_back({model, t, e + t.g * rc::KJPerMolToHartree});
+  };
+  report.totalsByModel.clear();
+  put("harmonic", columns[HarmonicColumn]);
+  put("free_rotor", columns[FreeStarStarColumn]);
+  put("pitzer_gwinn", columns[PitzerStarStarColumn]);
+  put("quantum", columns[QuantumStarStarColumn]);
+  if (mc) put("monte_carlo", *mc);
+  report.tableModel = "pitzer_gwinn";
+}
+
 }  // namespace
 
 double MomentSI(double amuBohr2) { return amuBohr2 * rc::AtomicMassUnit * rc::BohrRadius * rc::BohrRadius; }
 
-void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log) {
+void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log, int number) {
+  r.harmonic = false;
   if (r.source == 0 || r.source == 3) {
     r.V0Star = BarrierFromFrequency(MomentSI(r.groups.reduced), nu, r.n);
     r.V0StarStar = BarrierFromFrequency(MomentSI(r.I), nu, r.n);
     log.Line(" WARNING! Rotation barrier is estimated by vibration frequency of" + FmtX(9) + " : Freq(" +
              FmtI(r.mode, 2) + ")= " + FmtF(nu, 7, 2) + " cm-1");
+    const std::string who = " WARNING! Internal rotation" + FmtI(number, 3) + " (mode" + FmtI(r.mode, 4) + ")";
+    if (!(nu > 0.0)) {
+      log.Line(who + ": the torsion's frequency is imaginary, V0 = 0: it is taken as a free rotor");
+    } else if (std::max(r.V0Star, r.V0StarStar) > MostBarrierFromFrequency) {
+      r.harmonic = true;
+      log.Line(who + ": V0 =" + FmtF(std::max(r.V0Star, r.V0StarStar), 10, 2) +
+               " kJ/mol from the frequency is above " + FmtF(MostBarrierFromFrequency, 4, 0) +
+               " kJ/mol, the mode is no clean torsion: it stays a harmonic vibration");
+    }
   } else if (r.source == -1) {
     r.V0Star = r.V0StarStar = r.v0Read;
     log.Line(" Rotation barrier is read-in from the specification file");
@@ -206,10 +257,36 @@ void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log) {
     CopyLines(log, text.str());
     if (autoFold) r.n = f.n;
     r.V0Star = r.V0StarStar = f.V0;
+    r.series.assign(f.potential.begin(), f.potential.end());
   }
 }
 
-RotorResult RotorColumns(PitzerTables& tables, const Rotor& r, const ThermoState& t, double T) {
+namespace {
+
+// 1-fold rotors above this 1/Qf are where the tables' own values are off by up
+// to 2.2 J/K/mol in C against the exact levels.
+constexpr double kPoorOneFold = 0.7;
+// The levels are built for twice the temperature asked, and at least this:
+// the tables that follow mostly stay below.
+constexpr double kLevelsUpToT = 600.0;
+
+const QuantumLevels& LevelsOf(Rotor& r, int which, double V0, double moment, double T) {
+  QuantumLevels& q = r.levels[static_cast<size_t>(which)];
+  if (q.E.empty() || q.V0 != V0 || q.moment != moment || q.sigma != std::max(r.n, 1) || q.upToT < T) {
+    const CosinePotential V = r.series.empty() ? SingleBarrierPotential(V0, r.n) : r.series;
+    q = QuantumRotorLevels(V, moment, r.n, std::max(2.0 * T, kLevelsUpToT));
+    q.V0 = V0;
+  }
+  return q;
+}
+
+bool Missed(const PitzerCounters& before, const PitzerCounters& after) {
+  return after.missC != before.missC || after.missHoverT != before.missHoverT || after.missS != before.missS;
+}
+
+}  // namespace
+
+RotorResult RotorColumns(PitzerTables& tables, Rotor& r, const ThermoState& t, double T, bool* tablesReplaced) {
   RotorResult out;
   const size_t m = static_cast<size_t>(r.mode - 1);
   RotorFunctions& ho = out.column[HarmonicColumn];
@@ -221,23 +298,46 @@ RotorResult RotorColumns(PitzerTables& tables, const Rotor& r, const ThermoState
   const double iStar = MomentSI(r.groups.reduced), iStarStar = MomentSI(r.I);
   out.column[FreeStarColumn] = FreeRotor(iStar, r.n, T);
   out.column[FreeStarStarColumn] = FreeRotor(iStarStar, r.n, T);
+  if (r.harmonic) {
+    // Every model is the vibration itself; the totals leave it as it is.
+    for (RotorFunctions& f : out.column) f = out.column[HarmonicColumn];
+    if (tablesReplaced) *tablesReplaced = false;
+    return out;
+  }
+  out.column[QuantumStarColumn] = QuantumRotorAt(LevelsOf(r, 0, r.V0Star, iStar, T), T);
+  out.column[QuantumStarStarColumn] = QuantumRotorAt(LevelsOf(r, 1, r.V0StarStar, iStarStar, T), T);
+  const PitzerCounters before = tables.counters;
   out.column[PitzerStarColumn] = PitzerGwinnRotor(tables, r.V0Star, iStar, r.n, T);
   // The failures that are reported are those of the I(*) look-ups.
-  const PitzerCounters counted = tables.counters;
+  PitzerCounters counted = tables.counters;
+  const bool missStar = Missed(before, counted) || (r.n == 1 && InverseFreeRotorQ(iStar, r.n, T) > kPoorOneFold);
   out.column[PitzerStarStarColumn] = PitzerGwinnRotor(tables, r.V0StarStar, iStarStar, r.n, T);
+  const bool missStarStar =
+      Missed(counted, tables.counters) || (r.n == 1 && InverseFreeRotorQ(iStarStar, r.n, T) > kPoorOneFold);
+  if (missStar) {
+    out.column[PitzerStarColumn] = out.column[QuantumStarColumn];
+    counted.missC = before.missC, counted.missHoverT = before.missHoverT, counted.missS = before.missS;
+  }
+  if (missStarStar) out.column[PitzerStarStarColumn] = out.column[QuantumStarStarColumn];
   tables.counters = counted;
+  if (tablesReplaced) *tablesReplaced = missStar || missStarStar;
   return out;
 }
 
-std::array<TDResult, 5> TotalsWithRotors(const TDResult& rrho, const std::vector<Rotor>& rotors,
-                                         const std::vector<RotorResult>& results, const ThermoState& t) {
-  std::array<TDResult, 5> c;
+std::array<TDResult, RotorColumnCount> TotalsWithRotors(const TDResult& rrho, const std::vector<Rotor>& rotors,
+                                                        const std::vector<RotorResult>& results,
+                                                        const ThermoState& t) {
+  std::array<TDResult, RotorColumnCount> c;
   c.fill(rrho);
   for (size_t k = 0; k < rotors.size(); ++k) {
+    if (rotors[k].harmonic) continue;
     const size_t m = static_cast<size_t>(rotors[k].mode - 1);
-    for (int j = 0; j < 5; ++j) {
+    for (int j = 0; j < RotorColumnCount; ++j) {
       const RotorFunctions& f = results[k].column[j];
-      const double z = (j == FreeStarColumn || j == FreeStarStarColumn) ? 0.0 : t.zpe[m];
+      // Hvib holds the mode's ZPE: the harmonic column keeps it as it is, the
+      // free rotor loses it, the hindered rotor's tables count from the
+      // lowest level and take it back.
+      const double z = (j == HarmonicColumn || j == FreeStarColumn || j == FreeStarStarColumn) ? 0.0 : t.zpe[m];
       TDResult& r = c[j];
       r.cv += f.C - t.cvib[m];
       r.cp += f.C - t.cvib[m];
@@ -264,7 +364,7 @@ void HinderedRotors::Prepare(Session& s) {
     for (Vec3& p : angstrom)
       for (double& v : p) v *= rc::BohrToAngstrom;
     const std::vector<int> nuclear(s.atomicNumber.begin(), s.atomicNumber.begin() + nAtoms);
-    Recognition found = ARIR(nuclear, masses, angstrom, s.atomName, s.log);
+    Recognition found = ARIR(nuclear, masses, angstrom, s.atomName, s.log, s.opt.nrotProduct);
     given.clear();
     if (!found.rotors.empty()) {
       const ModeExpansion e =
@@ -340,6 +440,7 @@ void HinderedRotors::Prepare(Session& s) {
 std::vector<TorsionRotor> TorsionRotors(const std::vector<Rotor>& rotors, bool autoFold) {
   std::vector<TorsionRotor> out;
   for (const Rotor& r : rotors) {
+    if (r.harmonic) continue;  // stays a vibration in every column
     TorsionRotor t;
     t.group = r.group;
     t.axisAtom1 = r.axis.atom1;
@@ -347,7 +448,8 @@ std::vector<TorsionRotor> TorsionRotors(const std::vector<Rotor>& rotors, bool a
     t.n = r.n;
     if (r.source > 0 && r.source != 3) {
       std::ostringstream quiet;
-      t.potential = FourierPotential(r.potential, r.n, autoFold, quiet).potential;
+      const CosineSeries series = FourierPotential(r.potential, r.n, autoFold, quiet).potential;
+      t.potential.assign(series.begin(), series.end());
     } else {
       t.potential = SingleBarrierSeries(r.V0StarStar, r.n);
     }
@@ -360,6 +462,7 @@ TDResult MonteCarloTotals(const TDResult& rrho, const std::vector<Rotor>& rotors
                           const MonteCarloResult& mc) {
   TDResult c = rrho;
   for (const Rotor& r : rotors) {
+    if (r.harmonic) continue;
     const size_t m = static_cast<size_t>(r.mode - 1);
     c.cv -= t.cvib[m];
     c.cp -= t.cvib[m];
@@ -380,7 +483,8 @@ TDResult MonteCarloTotals(const TDResult& rrho, const std::vector<Rotor>& rotors
 TDResult HinderedRotors::MonteCarlo(Session& s) {
   const MonteCarloSeeds seeds{s.opt.monteCarloSeeds[0], s.opt.monteCarloSeeds[1]};
   const double T = s.opt.temperature;
-  const long long trials = MonteCarloTrials(Count(), s.opt.monteCarloSamples);
+  const std::vector<Vec3> xyz(s.xyz.begin(), s.xyz.begin() + s.nAtoms);
+  const std::vector<double> masses(s.atomMass.begin(), s.atomMass.begin() + s.nAtoms);
   if (!sampled_) {
     sampled_ = true;
     const std::string name = DerivedName(s.files.inputName, ".mco");
@@ -396,12 +500,9 @@ TDResult HinderedRotors::MonteCarlo(Session& s) {
     mco_ << head1 << "\n" << head2 << "\n";
     torsions_ = TorsionRotors(rotors_, s.opt.arir);
     WriteConfigurationIntegrals(mco_, torsions_, T);
-    const std::vector<Vec3> xyz(s.xyz.begin(), s.xyz.begin() + s.nAtoms);
-    const std::vector<double> masses(s.atomMass.begin(), s.atomMass.begin() + s.nAtoms);
-    sample_ = SampleTorsions(torsions_, masses, xyz, trials, seeds);
   }
-  const MonteCarloResult mc = MonteCarloAtT(sample_, T);
-  WriteMonteCarloReport(mco_, mc, trials, Count(), seeds);
+  const MonteCarloResult mc = MonteCarloAtT(torsions_, masses, xyz, T, s.opt.monteCarloSamples, seeds);
+  WriteMonteCarloReport(mco_, mc, mc.trials, static_cast<int>(torsions_.size()), seeds);
   mco_.flush();
 
   const ThermoState& t = s.thermo;
@@ -414,7 +515,12 @@ TDResult HinderedRotors::MonteCarlo(Session& s) {
   alone.lnQ = mc.lnZ;
   TDResult total = MonteCarloTotals(t.tot, rotors_, t, mc);
   const double RT = rc::GasConstant * T / 1000.0;
-  total.lnQ = -((total.g - t.zpeTot) - RT) / RT;
+  // The classical rotations have no zero-point energy: only that of the
+  // modes left harmonic is taken off G.
+  double zpeLeft = t.zpeTot;
+  for (const Rotor& r : rotors_)
+    if (!r.harmonic) zpeLeft -= t.zpe[static_cast<size_t>(r.mode - 1)];
+  total.lnQ = -((total.g - zpeLeft) - RT) / RT;
   total.q = std::exp(total.lnQ);
   TableResMC& table = s.thermo.monteCarlo;
   if (static_cast<int>(table.rotations.size()) >= MaxMonteCarloRows) {
@@ -454,12 +560,21 @@ int HinderedRotors::Evaluate(Session& s, bool quiet) {
   for (size_t k = 0; k < rotors_.size(); ++k) {
     Rotor& r = rotors_[k];
     if (!quiet) {
-      ChooseBarrier(r, s.modes[r.mode - 1].scaledFreq, s.opt.arir, s.log);
+      ChooseBarrier(r, s.modes[r.mode - 1].scaledFreq, s.opt.arir, s.log, static_cast<int>(k + 1));
       std::ostringstream text;
       WriteBarrierHeight(text, r.n, r.V0Star, T, MomentSI(r.groups.reduced), MomentSI(r.I));
       CopyLines(s.log, text.str());
     }
-    results_.push_back(RotorColumns(tables_, r, t, T));
+    bool replaced = false;
+    results_.push_back(RotorColumns(tables_, r, t, T, &replaced));
+    if (warnedQuantum_.size() < rotors_.size()) warnedQuantum_.resize(rotors_.size(), false);
+    if (replaced && !warnedQuantum_[k]) {
+      warnedQuantum_[k] = true;
+      s.log.Line(" WARNING! Internal rotation" + FmtI(static_cast<long long>(k + 1), 3) +
+                 ": the Pitzer-Gwinn tables do not hold 1/Qf =" + FmtF(InverseFreeRotorQ(MomentSI(r.I), r.n, T), 7, 4) +
+                 ", V0/RT =" + FmtF(ReducedBarrier(r.V0StarStar, T), 8, 3) + " (T =" + FmtF(T, 8, 2) +
+                 " K); the exact quantum rotor's values stand in for them");
+    }
     if (!quiet) {
       std::ostringstream text;
       WriteRotorTable(text, static_cast<int>(k + 1), r.mode, results_.back());
@@ -473,6 +588,7 @@ int HinderedRotors::Evaluate(Session& s, bool quiet) {
   if (!quiet) {
     WriteTotals(s, Count(), columns_, monteCarlo_);
     WriteEnergies(s, t.zpeTot, columns_, monteCarlo_);
+    RecordRotors(s, rotors_, results_, columns_, monteCarlo_);
   }
   row_ = columns_[PitzerStarStarColumn];
   const double RT = rc::GasConstant * T / 1000.0;

@@ -13,6 +13,7 @@
 #include "rotations/fourier_potential.h"
 #include "rotations/hindered_rotor.h"
 #include "rotations/monte_carlo.h"
+#include "rotations/quantum_rotor.h"
 #include "rotations/recognition.h"
 #include "rotations/reduced_moment.h"
 #include "thermo/thermo.h"
@@ -31,25 +32,41 @@ struct Rotor {
   double v0Read = 0.0;   // kJ/mol
   std::vector<PotentialPoint> potential;
   double V0Star = 0.0, V0StarStar = 0.0;  // the barrier used with each moment, kJ/mol
+  CosinePotential series;  // the curve of a potential (READP, /SCAN); empty: the cosine of V0
+  bool harmonic = false;  // the barrier is implausible: every model is the vibration
+  std::array<QuantumLevels, 2> levels;  // of the quantum rotor with I(*) and I(**), built when first needed
 };
 
 // amu*bohr^2 to kg m^2.
 double MomentSI(double amuBohr2);
 
-// Chooses the barrier of `r` (from the frequency `nu` of its mode, read, or
-// from its potential) and writes why. With `autoFold` the fold of a
-// potential is its strongest cosine term, and it becomes r.n.
-void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log);
+// A barrier from the frequency above this (kJ/mol) comes from a mode that is
+// no clean torsion (n-hexadecane's skeletal modes give 69 to 9736); at such a
+// height the hindered rotor is the harmonic vibration anyway.
+inline constexpr double MostBarrierFromFrequency = 50.0;
 
-// The five columns of one rotation at T: the mode's own harmonic values, the
-// free rotor and the Pitzer-Gwinn rotor with I(*) and I(**). Only the I(*)
-// look-up counts in `tables.counters`.
-RotorResult RotorColumns(PitzerTables& tables, const Rotor& r, const ThermoState& t, double T);
+// Chooses the barrier of `r`, rotation `number` (from the frequency `nu` of
+// its mode, read, or from its potential) and writes why. With `autoFold` the
+// fold of a potential is its strongest cosine term, and it becomes r.n. A
+// barrier from the frequency above MostBarrierFromFrequency leaves the mode
+// harmonic (r.harmonic); an imaginary frequency gives a free rotor (V0 = 0).
+// Each with a WARNING naming the rotation.
+void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log, int number = 1);
+
+// The seven columns of one rotation at T: the mode's own harmonic values, the
+// free rotor, the Pitzer-Gwinn rotor and the exact quantum rotor with I(*)
+// and I(**). Where a table look-up fails, or where the tables are poor (a
+// 1-fold rotor above 1/Qf = 0.7), the Pitzer-Gwinn column takes the quantum
+// rotor's values and `tablesReplaced` says so; such a look-up is no failure.
+// Only the I(*) look-up counts in `tables.counters`.
+RotorResult RotorColumns(PitzerTables& tables, Rotor& r, const ThermoState& t, double T,
+                         bool* tablesReplaced = nullptr);
 
 // Columns 1..5 of the totals: the RRHO totals with each rotation's values in
-// place of its mode's; the zero-point energy of the mode stays in the
-// harmonic and Pitzer-Gwinn columns and goes in the free-rotor ones.
-std::array<TDResult, 5> TotalsWithRotors(const TDResult& rrho, const std::vector<Rotor>& rotors,
+// place of its mode's. The harmonic column is the RRHO totals themselves; the
+// zero-point energy of the mode stays in the Pitzer-Gwinn columns and goes in
+// the free-rotor ones.
+std::array<TDResult, RotorColumnCount> TotalsWithRotors(const TDResult& rrho, const std::vector<Rotor>& rotors,
                                          const std::vector<RotorResult>& results, const ThermoState& t);
 
 // The rotations as the Monte Carlo integration takes them: the potential is
@@ -70,23 +87,23 @@ class HinderedRotors final : public RotationTreatment {
   double ErrorPercent() const override { return errorPercent_; }
   const std::vector<Rotor>& Rotors() const { return rotors_; }
   const std::vector<RotorResult>& Results() const { return results_; }
-  const std::array<TDResult, 5>& Columns() const { return columns_; }
+  const std::array<TDResult, RotorColumnCount>& Columns() const { return columns_; }
 
  private:
   void Prepare(Session& s);
   // Column 6 at the Session's temperature, the rows of TableResMC and the
-  // report in the .mco file; the sampling is done at the first call.
+  // report in the .mco file; every temperature samples anew.
   TDResult MonteCarlo(Session& s);
   bool prepared_ = false;
   PitzerTables tables_;
   std::vector<Rotor> rotors_;
   std::vector<RotorResult> results_;
-  std::array<TDResult, 5> columns_{};
+  std::array<TDResult, RotorColumnCount> columns_{};
+  std::vector<bool> warnedQuantum_;  // the quantum rotor stood in for the tables: said once per rotor
   TDResult row_;
   double errorPercent_ = 0.0;
   std::optional<TDResult> monteCarlo_;  // column 6 of the last evaluation
   std::vector<TorsionRotor> torsions_;
-  TorsionSample sample_;
   bool sampled_ = false;
   std::ofstream mco_;
 };
