@@ -87,8 +87,8 @@ TEST(engineDOrbitals, ChlorineTermsAndCoreAdditiveTerm) {
 }
 
 TEST(engineDOrbitals, PairExponentsOfSodiumMagnesiumAndAluminium) {
-  EXPECT_DOUBLE_EQ(MndoDPairExponent(1, 11), 1.05225212);
-  EXPECT_DOUBLE_EQ(MndoDPairExponent(13, 13), 1.38788);
-  EXPECT_DOUBLE_EQ(MndoDPairExponent(12, 16), 1.48172071);
-  EXPECT_EQ(MndoDPairExponent(13, 17), 0);
+  EXPECT_NEAR(FindPairTerm(EngineMethod::MNDOD, 1, 11)->alpb, 1.05225212, 1e-6);
+  EXPECT_NEAR(FindPairTerm(EngineMethod::MNDOD, 13, 13)->alpb, 1.38788, 1e-6);
+  EXPECT_NEAR(FindPairTerm(EngineMethod::MNDOD, 12, 16)->alpb, 1.48172071, 1e-6);
+  EXPECT_EQ(FindPairTerm(EngineMethod::MNDOD, 13, 17), nullptr);
 }

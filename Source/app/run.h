@@ -34,6 +34,9 @@ void FinishLog(Session& s);
 // The semi-empirical engine on the final coordinate set, when /HOF or
 // /GEOOPT asks for it: its lines go to the MainLog after the report.
 void RunEngineJobs(Session& s);
+// A multiplicity not given is the engine's (a doublet for odd electrons),
+// and the thermochemistry takes the same.
+void SettleEngineMultiplicity(Session& s);
 
 // Normal end of the run: last view, evaluation, closing the files. Returns
 // the exit status 0.

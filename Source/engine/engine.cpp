@@ -15,6 +15,7 @@
 #include "engine/constants.h"
 #include "engine/integrals.h"
 #include "io/fortran_io.h"
+#include "model/run_stop.h"
 #include "numeric/lapack.h"
 
 
@@ -30,7 +31,8 @@ namespace {
 // it goes, with everything in it, when the call ends.
 class WorkingFiles {
  public:
-  explicit WorkingFiles(const std::string& dir) {
+  WorkingFiles(const std::string& dir, bool write) {
+    if (!write) return;
     fs::path base = dir.empty() ? fs::current_path() : fs::path(dir);
     std::string pattern = (base / "engine.XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) {
@@ -51,7 +53,7 @@ class WorkingFiles {
   WorkingFiles& operator=(const WorkingFiles&) = delete;
 
   std::string Path(const std::string& name) const { return (fs::path(dir_) / name).string(); }
-  std::ostream& Report() { return report_; }
+  std::ostream& Report() { return dir_.empty() ? static_cast<std::ostream&>(memory_) : report_; }
   // One record: the count, then the values.
   void WriteRecord(const std::string& extension, const std::vector<double>& values) {
     if (dir_.empty()) return;
@@ -61,6 +63,7 @@ class WorkingFiles {
     out.write(reinterpret_cast<const char*>(values.data()), static_cast<std::streamsize>(n * sizeof(double)));
   }
   std::string ReportText() {
+    if (dir_.empty()) return memory_.str();
     report_.flush();
     std::ifstream in(Path("tmp.omn"));
     std::stringstream ss;
@@ -71,6 +74,7 @@ class WorkingFiles {
  private:
   std::string dir_;
   std::ofstream report_;
+  std::ostringstream memory_;  // the report of a call that writes no files
 };
 
 struct Molecule {
@@ -303,6 +307,19 @@ int DefaultMultiplicity(const std::vector<int>& atomicNumbers, int charge) {
   return electrons % 2 == 0 ? 1 : 2;
 }
 
+std::string ImpossibleState(int electrons, int multiplicity) {
+  static const char* const kNames[] = {"", "SINGLET", "DOUBLET", "TRIPLET"};
+  if (electrons < 0) return fmt::format(" ERROR! The charge leaves {} electrons", electrons);
+  if (multiplicity >= 1 && multiplicity <= 3) {
+    if ((electrons + multiplicity) % 2 == 0)
+      return fmt::format(" ERROR! {} SPECIFIED WITH {} NUMBER OF ELECTRONS, CORRECT FAULT", kNames[multiplicity],
+                         electrons % 2 == 0 ? "EVEN" : "ODD");
+    if (electrons < multiplicity - 1)
+      return fmt::format(" ERROR! {} electrons are too few for a {}", electrons, kNames[multiplicity]);
+  }
+  return "";
+}
+
 EngineResult EngineRun(EngineMethod method, const std::vector<int>& atomicNumbers,
                        const std::vector<std::array<double, 3>>& coordsAngstrom, int charge, int multiplicity,
                        bool print, std::ostream* report, const EngineOptions& options) {
@@ -312,6 +329,7 @@ EngineResult EngineRun(EngineMethod method, const std::vector<int>& atomicNumber
     if (!r.ok) {
       EngineResult bad;
       bad.message = r.message;
+      bad.exitStatus = exit_status::ReadError;
       if (report) *report << r.message << '\n';
       return bad;
     }
@@ -326,11 +344,13 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   const int na = static_cast<int>(atomicNumbers.size());
   if (na > kMaxAtoms) {
     res.message = fmt::format(" The engine takes at most {} atoms; this structure has {}.", kMaxAtoms, na);
+    res.exitStatus = exit_status::Limit;
     if (report) *report << res.message << '\n';
     return res;
   }
   if (coordsAngstrom.size() != atomicNumbers.size() || na == 0) {
     res.message = " The engine needs one coordinate triple for each atom.";
+    res.exitStatus = exit_status::Internal;
     return res;
   }
   Molecule mol;
@@ -342,6 +362,13 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     if (z < 1 || z > kMaxElement || !HasParameters(set.el[z])) {
       res.message = fmt::format(" No {} parameters for element {} ({}).", MethodName(set.method), z,
                                 z >= 1 && z <= kMaxElement ? ElementSymbol(z) : "?");
+      res.exitStatus = exit_status::ReadError;
+      if (report) *report << res.message << '\n';
+      return res;
+    }
+    if (!ReliableParameters(set.method, z)) {
+      res.message = fmt::format(" ERROR! No reliable {} parameters for {}", MethodName(set.method), ElementSymbol(z));
+      res.exitStatus = exit_status::ReadError;
       if (report) *report << res.message << '\n';
       return res;
     }
@@ -352,6 +379,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   }
   if (mol.n > kMaxOrbitals) {
     res.message = fmt::format(" The engine takes at most {} orbitals; this structure has {}.", kMaxOrbitals, mol.n);
+    res.exitStatus = exit_status::Limit;
     if (report) *report << res.message << '\n';
     return res;
   }
@@ -359,7 +387,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   res.electrons = electrons;
   const int n = mol.n;
 
-  WorkingFiles files(options.workDir);
+  WorkingFiles files(options.workDir, options.writeWorkingFiles);
   std::ostream& out = files.Report();
   const bool printing = print && options.printLevel >= 1;
   if (printing) WriteOpening(out, set, mol, options);
@@ -375,7 +403,14 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     }
     res.status = EngineStatus::Aborted;
     res.message = " MULTIPLICITY GREATER THAN 3";
+    res.exitStatus = exit_status::ReadError;
     if (report) *report << files.ReportText();
+    return res;
+  }
+  if (const std::string why = ImpossibleState(electrons, multiplicity); !why.empty()) {
+    res.message = why;
+    res.exitStatus = exit_status::ReadError;
+    if (report) *report << res.message << '\n';
     return res;
   }
   if (printing) {
@@ -400,6 +435,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   }
   if (doubly + static_cast<int>(singles.size()) > n || doubly < 0) {
     res.message = " More electrons than the orbitals can hold.";
+    res.exitStatus = exit_status::ReadError;
     if (report) *report << files.ReportText() << res.message << '\n';
     return res;
   }

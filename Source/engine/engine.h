@@ -27,6 +27,9 @@ struct EngineOptions {
   std::string parameterFile = "MNDOD.DAT";
   // Directory of the working files; "" for the current directory.
   std::string workDir;
+  // Write the working files ("tmp.omn", ".MN1", ".MN2", ".MN4") of this call.
+  // A series of calls (optimisation, scan) writes them for one call only.
+  bool writeWorkingFiles = true;
   // Starting density (n x n, from an earlier result at a nearby geometry);
   // null for the usual start from the atoms.
   const std::vector<double>* startDensity = nullptr;
@@ -52,8 +55,18 @@ struct EngineResult {
   int electrons = 0;
   int orbitals = 0;
   std::string message;        // why it was refused or aborted
+  int exitStatus = 0;         // the process status a refusal stands for (0 when it ran)
   std::vector<double> density;  // the final density (bond order) matrix, full n x n
 };
+
+// True when the engine ran to its end (converged or not): the heat stands.
+inline bool HeatStands(const EngineResult& r) {
+  return r.status == EngineStatus::Converged || r.status == EngineStatus::NotConverged;
+}
+
+// Why a charge and multiplicity can not be computed, as MOPAC refuses them
+// (an electron count of the wrong parity, too few electrons); "" when they fit.
+std::string ImpossibleState(int electrons, int multiplicity);
 
 // Runs one calculation. Coordinates in angstroms. `report` receives the
 // engine's report when printLevel >= 1 (may be null).

@@ -6,6 +6,7 @@
 #include "engine/constants.h"
 #include "numeric/dfp_minimiser.h"
 #include "io/fortran_io.h"
+#include "model/run_stop.h"
 
 namespace quintor::engine {
 
@@ -14,8 +15,7 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
                     const GeoOptSettings& settings, std::ostream* log, std::ostream* console) {
   GeoOptResult res;
   res.coordinates = coordsAngstrom;
-  // The same words for every method.
-  const char* kHead = " Geometry optimization using MNDO method";
+  const std::string kHead = std::string(" Geometry optimization using ") + MethodName(method) + " method";
   if (console) *console << kHead << '\n';
   if (log) *log << kHead << '\n';
 
@@ -26,6 +26,8 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     if (!r.ok) {
       if (console) *console << r.message << '\n';
       res.message = r.message;
+      res.failed = true;
+      res.exitStatus = exit_status::ReadError;
       return res;
     }
   }
@@ -53,6 +55,7 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
 
   EngineOptions opt = settings.engine;
   opt.printLevel = 0;
+  opt.writeWorkingFiles = false;  // written once, at the optimum
   std::vector<double> density;  // carried from call to call as the SCF start
   int cycle = 0;
   auto energy = [&](const std::vector<double>& v, bool gradientCall) {
@@ -84,6 +87,19 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     }
   };
 
+  // The start tells whether the engine can compute the structure at all.
+  {
+    place(x);
+    const EngineResult first = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, nullptr, opt);
+    if (!HeatStands(first)) {
+      if (console) *console << first.message << '\n';
+      res.message = first.message;
+      res.failed = true;
+      res.exitStatus = first.exitStatus;
+      return res;
+    }
+  }
+
   DfpSettings ds;
   ds.gradientTolerance = tol[0];
   ds.valueTolerance = tol[1];
@@ -92,6 +108,12 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
   const DfpResult dr = DfpMinimise(x, function, gradient, ds);
   if (!dr.message.empty() && console) *console << ' ' << dr.message << '\n';
   place(x);
+  {
+    EngineOptions last = settings.engine;
+    last.printLevel = 0;
+    last.startDensity = density.empty() ? nullptr : &density;
+    EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, nullptr, last);
+  }
   res.optimised = true;
   res.coordinates = work;
   res.heatKcal = dr.value;

@@ -33,6 +33,10 @@ struct GeoOptResult {
   int gradientCalls = 0;
   int energyCalls = 0;  // EngineRun calls, gradients included
   std::string message;  // the minimiser's stop message, if any
+  // Set when the engine refused the structure or its parameters: the
+  // engine's message is in `message` and nothing was optimised.
+  bool failed = false;
+  int exitStatus = 0;
 };
 
 // `log` receives the log lines, `console` the progress lines (" Cycle: ...")

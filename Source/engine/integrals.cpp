@@ -558,12 +558,13 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   const double gab = kEv / std::sqrt(r * r + std::pow(coreRhoA + coreRhoB, 2));
   const double enuc = pa.core * pb.core * gab;
   const double ea_ = std::exp(-pa.alp * rA), eb_ = std::exp(-pb.alp * rA);
-  // MNDO/d gives the bonds of Na, Mg and Al to some partners an exponent of their own.
-  const double pairAlpha = set.method == EngineMethod::MNDOD ? MndoDPairExponent(za, zb) : 0;
+  // Pair-specific terms: MNDO/d's bonds of Na, Mg and Al, and the fitted pairs
+  // of MNDO, AM1 and PM3 (alkali and alkaline-earth metals above all).
+  const PairTerm* pair = FindPairTerm(set.method, za, zb);
   double ecc = 0;
-  if (pairAlpha > 0) {
+  if (pair && set.method == EngineMethod::MNDOD) {
     const bool metalA = za >= 11 && za <= 13, metalB = zb >= 11 && zb <= 13;
-    const double ePair = std::exp(-pairAlpha * rA);
+    const double ePair = std::exp(-pair->alpb * rA);
     double scale = 1;
     if (za == zb) {
       scale += 2 * ePair;
@@ -571,6 +572,8 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
       scale += ePair + (metalA && !(metalB && zb < za) ? eb_ : ea_);
     }
     ecc = enuc * scale;
+  } else if (pair) {
+    ecc = enuc * (1 + 2 * pair->xfac * std::exp(-pair->alpb * rA));
   } else {
     double scale = ea_ + eb_;
     if (za + zb == 8 || za + zb == 9) {  // N-H and O-H in MNDO, AM1 and PM3
@@ -589,7 +592,10 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   const BoronPair* boron = set.method == EngineMethod::AM1 ? Am1BoronPair(za, zb) : nullptr;
   if (boron)
     for (const auto& g : boron->terms) gaussian(g[0], g[1], g[2]);
+  // A fitted pair of MNDO, AM1 or PM3 has no Gaussians of its atoms.
+  const bool pairReplacesGaussians = pair && set.method != EngineMethod::MNDOD && !boron;
   for (const ElementParameters* p : {&pa, &pb}) {
+    if (pairReplacesGaussians) break;
     if (boron && p == (za == 5 ? &pa : &pb)) continue;
     for (int k = 0; k < 4; ++k)
       if (p->gues1[k] != 0) gaussian(p->gues1[k], p->gues2[k], p->gues3[k]);
@@ -598,18 +604,12 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   return out;
 }
 
-double MndoDPairExponent(int za, int zb) {
+const PairTerm* FindPairTerm(EngineMethod method, int za, int zb) {
   if (za < zb) std::swap(za, zb);
-  struct PairExponent {
-    int a, b;
-    double alpha;  // 1/angstrom
-  };
-  static constexpr PairExponent kPairs[] = {{11, 1, 1.05225212}, {11, 6, 1.05225212}, {12, 1, 1.35052992},
-                                            {12, 6, 1.48172071}, {16, 12, 1.48172071}, {13, 1, 1.38788},
-                                            {13, 6, 1.38788},   {13, 13, 1.38788}};
-  for (const PairExponent& p : kPairs)
-    if (p.a == za && p.b == zb) return p.alpha;
-  return 0;
+  if (method == EngineMethod::PM3D) method = EngineMethod::PM3;  // PM3d takes PM3's parameters
+  for (const PairTerm& t : PairTerms())
+    if (t.method == method && t.za == za && t.zb == zb) return &t;
+  return nullptr;
 }
 
 }  // namespace quintor::engine
