@@ -219,6 +219,22 @@ TEST(engineRunRules, NoSelfConsistencyIsReportedAndTheNumberStands) {
   EXPECT_NE(report.str().find(" DELTAE= "), std::string::npos);
 }
 
+// The gradient-mode criterion looks at |DELTAE| alone: an SCF that is still
+// falling fast must not pass it. From the atoms' start it ends where the
+// normal calculation ends.
+TEST(engineRunRules, GradientModeConvergesToTheSameHeat) {
+  for (const char* name : {"benzene", "ethanol", "dmso"}) {
+    const Geometry g = ReadXyz(name);
+    EngineOptions o = BuiltinOnly();
+    const EngineResult normal = EngineRun(EngineMethod::PM3, g.z, g.x, 0, 1, false, nullptr, o);
+    o.gradientCalculation = true;
+    const EngineResult gradient = EngineRun(EngineMethod::PM3, g.z, g.x, 0, 1, false, nullptr, o);
+    EXPECT_EQ(gradient.status, EngineStatus::Converged) << name;
+    EXPECT_GT(gradient.iterations, 3) << name;
+    EXPECT_NEAR(gradient.heatKcal, normal.heatKcal, 1e-5) << name;
+  }
+}
+
 TEST(engineRunRules, ReportOpensWithTheIntegralSchemeAndCharge) {
   std::ostringstream report;
   EngineOptions o = BuiltinOnly();
