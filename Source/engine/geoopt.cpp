@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "engine/constants.h"
+#include "engine/gradient.h"
 #include "numeric/dfp_minimiser.h"
 #include "io/fortran_io.h"
 #include "model/run_stop.h"
@@ -57,6 +58,7 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
   opt.printLevel = 0;
   opt.writeWorkingFiles = false;  // written once, at the optimum
   std::vector<double> density;  // carried from call to call as the SCF start
+  std::vector<double> densityAt;  // the variables at which `density` is converged
   int cycle = 0;
   auto energy = [&](const std::vector<double>& v, bool gradientCall) {
     place(v);
@@ -65,7 +67,10 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     o.startDensity = density.empty() ? nullptr : &density;
     EngineResult r = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, log, o);
     ++res.energyCalls;
-    if (!gradientCall && !r.density.empty()) density = std::move(r.density);
+    if (!gradientCall && !r.density.empty()) {
+      density = std::move(r.density);
+      densityAt = v;
+    }
     return r.heatKcal;
   };
   auto function = [&](const std::vector<double>& v) {
@@ -74,9 +79,28 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     if (console) *console << " Cycle:" << FmtI(cycle, 5) << "   Energy =" << FmtF(e * kKcalToKj, 20, 8) << '\n';
     return e;
   };
+  const bool pairwise = !settings.numericalGradient && multiplicity == 1;
   auto gradient = [&](const std::vector<double>& v, std::vector<double>& g) {
-    std::vector<double> y = v;
     g.assign(v.size(), 0.0);
+    if (pairwise) {
+      // The density of the last energy serves when it was taken here.
+      if (densityAt != v) {
+        place(v);
+        EngineOptions o = opt;
+        o.startDensity = density.empty() ? nullptr : &density;
+        EngineResult r = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, log, o);
+        ++res.energyCalls;
+        if (!r.density.empty()) {
+          density = std::move(r.density);
+          densityAt = v;
+        }
+      }
+      place(v);
+      const auto atoms = FixedDensityGradient(set, atomicNumbers, work, density);
+      for (size_t i = 0; i < vars.size(); ++i) g[i] = atoms[vars[i].first - 1][vars[i].second - 1];
+      return;
+    }
+    std::vector<double> y = v;
     for (size_t i = 0; i < v.size(); ++i) {
       y[i] = v[i] + settings.step;
       const double ep = energy(y, true);

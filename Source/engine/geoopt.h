@@ -1,5 +1,6 @@
 // Geometry optimisation with the engine: energies from EngineRun, gradients
-// by central differences in Cartesian coordinates, and the DFP minimiser.
+// at fixed density pair by pair (numerical for open shells), and the DFP
+// minimiser in Cartesian coordinates.
 #pragma once
 
 #include <array>
@@ -18,7 +19,11 @@ struct GeoOptSettings {
   // largest gradient component (kcal/mol/A), energy change (kcal/mol), step (A).
   std::array<double, 3> tolerances{0, 0, 0};
   int maxIterations = 200;
-  double step = 0.0001;  // finite-difference step, angstrom
+  double step = 0.0001;  // finite-difference step of the numerical gradient, angstrom
+  // The gradient by central differences of whole energies (two SCFs per
+  // coordinate) in place of the pair-wise one at fixed density; open shells
+  // always take it.
+  bool numericalGradient = false;
   // Free coordinates as pairs (atom number from 1, axis 1..3); empty for all.
   std::vector<std::pair<int, int>> variables;
   EngineOptions engine;  // options of each energy call (printing is off)
