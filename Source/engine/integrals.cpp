@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 #include "engine/constants.h"
 #include "engine/slater_condon.h"
@@ -110,8 +111,10 @@ Poly AngularPart(int l, int m, const Poly& z, const Poly& rho2) {
 
 }  // namespace
 
-double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m, double r) {
-  const double h = r / 2;
+namespace {
+
+// The integrand's polynomial in xi and eta at half-distance h.
+Poly OverlapPolynomial(int na, int la, int nb, int lb, int m, double h) {
   Poly xiPlusEta, xiMinusEta, zA, zB, rho2;
   xiPlusEta.c[1][0] = h, xiPlusEta.c[0][1] = h;     // r_a
   xiMinusEta.c[1][0] = h, xiMinusEta.c[0][1] = -h;  // r_b
@@ -126,14 +129,47 @@ double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m
   f = Mul(f, Power(rho2, m));
   Poly volume;  // (R/2)^3 (xi^2 - eta^2)
   volume.c[2][0] = h * h * h, volume.c[0][2] = -h * h * h;
-  f = Mul(f, volume);
-  double a[kDeg], b[kDeg];
-  AIntegrals(h * (za + zb), kDeg - 1, a);
-  BIntegrals(h * (za - zb), kDeg - 1, b);
-  double sum = 0;
+  return Mul(f, volume);
+}
+
+// Every factor of the polynomial is homogeneous in h, so it is h^power times
+// its value at h = 1: built once per shell pair and kept, term by term.
+struct OverlapTerms {
+  bool built = false;
+  int power = 0;
+  int maxI = 0, maxJ = 0;                    // highest powers of xi and eta
+  std::vector<std::array<double, 3>> terms;  // i, j, coefficient at h = 1
+};
+
+const OverlapTerms& OverlapTermsOf(int na, int la, int nb, int lb, int m) {
+  thread_local std::array<OverlapTerms, 7 * 3 * 7 * 3 * 3> cache;
+  OverlapTerms& t = cache[(((na * 3 + la) * 7 + nb) * 3 + lb) * 3 + m];
+  if (t.built) return t;
+  const Poly one = OverlapPolynomial(na, la, nb, lb, m, 1.0);
+  const Poly two = OverlapPolynomial(na, la, nb, lb, m, 2.0);
   for (int i = 0; i < kDeg; ++i)
     for (int j = 0; j < kDeg; ++j)
-      if (f.c[i][j] != 0) sum += f.c[i][j] * a[i] * b[j];
+      if (one.c[i][j] != 0) {
+        t.terms.push_back({static_cast<double>(i), static_cast<double>(j), one.c[i][j]});
+        t.maxI = std::max(t.maxI, i);
+        t.maxJ = std::max(t.maxJ, j);
+        t.power = static_cast<int>(std::lround(std::log2(std::abs(two.c[i][j] / one.c[i][j]))));
+      }
+  t.built = true;
+  return t;
+}
+
+}  // namespace
+
+double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m, double r) {
+  const double h = r / 2;
+  const OverlapTerms& f = OverlapTermsOf(na, la, nb, lb, m);
+  double a[kDeg], b[kDeg];
+  AIntegrals(h * (za + zb), f.maxI, a);
+  BIntegrals(h * (za - zb), f.maxJ, b);
+  double sum = 0;
+  for (const auto& t : f.terms) sum += t[2] * a[static_cast<int>(t[0])] * b[static_cast<int>(t[1])];
+  sum *= std::pow(h, f.power);
   const double norm = std::pow(2 * za, na + 0.5) / std::sqrt(Factorial(2 * na)) * std::pow(2 * zb, nb + 0.5) /
                       std::sqrt(Factorial(2 * nb));
   // phi integral: 2 pi for sigma, pi otherwise; the harmonics carry 1/sqrt(pi) each.
