@@ -454,7 +454,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   if (options.startDensity && options.startDensity->size() == p.size()) p = *options.startDensity;
 
   std::vector<double> f(p.size()), pOld, eval, c;
-  std::vector<std::vector<double>> diisF, diisE;
+  std::vector<std::vector<double>> diisF, diisE, diisDots;
   const int kDiis = 8;
   // DIIS only once the commutator is small: from a rough start it can settle
   // on a self-consistent but excited occupation (benzene in AM1 does).
@@ -496,15 +496,10 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     if (niter >= options.maxIterations) break;
 
     // DIIS on the commutator FP - PF; PF is the transpose of FP for symmetric F and P.
-    std::vector<double> fp(p.size(), 0.0), err(p.size());
-    for (int i = 0; i < n; ++i)
-      for (int k = 0; k < n; ++k) {
-        const double fik = f[i * n + k];
-        if (fik == 0) continue;
-        const double* pk = &p[static_cast<size_t>(k) * n];
-        double* row = &fp[static_cast<size_t>(i) * n];
-        for (int j = 0; j < n; ++j) row[j] += fik * pk[j];
-      }
+    // (The product of two symmetric matrices: the layout's transpose is the
+    // commutator's sign, to which DIIS is blind.)
+    std::vector<double> fp(p.size()), err(p.size());
+    lapack::dgemm('N', 'N', n, n, n, 1.0, f.data(), n, p.data(), n, 0.0, fp.data(), n);
     double errMax = 0;
     for (int i = 0; i < n; ++i)
       for (int j = 0; j < n; ++j) {
@@ -517,6 +512,15 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     if (static_cast<int>(diisF.size()) > kDiis) {
       diisF.erase(diisF.begin());
       diisE.erase(diisE.begin());
+      diisDots.erase(diisDots.begin());
+      for (auto& row : diisDots) row.erase(row.begin());
+    }
+    // The new error vector's products with those kept (and itself).
+    diisDots.emplace_back();
+    for (const auto& e : diisE) {
+      double v = 0;
+      for (size_t k = 0; k < p.size(); ++k) v += diisE.back()[k] * e[k];
+      diisDots.back().push_back(v);
     }
     std::vector<double> fx = f;
     bool usedDiis = false;
@@ -526,9 +530,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       std::vector<double> b(dim * dim, 0.0), rhs(dim, 0.0);
       for (int i = 0; i < m; ++i)
         for (int j = 0; j <= i; ++j) {
-          double v = 0;
-          for (size_t k = 0; k < p.size(); ++k) v += diisE[i][k] * diisE[j][k];
-          b[i * dim + j] = b[j * dim + i] = v;
+          b[i * dim + j] = b[j * dim + i] = diisDots[i][j];
         }
       for (int i = 0; i < m; ++i) b[i * dim + m] = b[m * dim + i] = -1;
       rhs[m] = -1;
@@ -540,21 +542,20 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       } else {
         diisF.clear();
         diisE.clear();
+        diisDots.clear();
       }
     }
     c = fx;
     Diagonalise(n, c, eval);
     pOld = p;
+    // P = 2 C_occ C_occ^T + C_open C_open^T; the open orbitals follow the
+    // doubly occupied ones.
     std::fill(p.begin(), p.end(), 0.0);
-    auto addOrbital = [&](int orb, double occ) {
-      const double* v = &c[static_cast<size_t>(orb) * n];
-      for (int i = 0; i < n; ++i) {
-        const double vi = occ * v[i];
-        for (int j = 0; j < n; ++j) p[i * n + j] += vi * v[j];
-      }
-    };
-    for (int o = 0; o < doubly; ++o) addOrbital(o, 2.0);
-    for (int o : singles) addOrbital(o, 1.0);
+    if (doubly > 0) lapack::dgemm('N', 'T', n, n, doubly, 2.0, c.data(), n, c.data(), n, 0.0, p.data(), n);
+    if (!singles.empty()) {
+      const double* open = &c[static_cast<size_t>(singles.front()) * n];
+      lapack::dgemm('N', 'T', n, n, static_cast<int>(singles.size()), 1.0, open, n, open, n, 1.0, p.data(), n);
+    }
     if (niter <= 2 || (!usedDiis && deltaE > 0)) {
       // damping while DIIS has not taken over
       for (size_t i = 0; i < p.size(); ++i) p[i] = 0.5 * (p[i] + pOld[i]);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -462,17 +463,25 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
     ma[k] = MakeMultipole(k, pa, spA);
     mb[k] = MakeMultipole(k, pb, spB);
   }
-  const int nma = spA ? kMultipoles : 1, nmb = spB ? kMultipoles : 1;
-  double inter[kMultipoles][kMultipoles] = {};
-  for (int i = 0; i < nma; ++i)
-    for (int j = 0; j < nmb; ++j) inter[i][j] = Interaction(ma[i], mb[j], r);
-  // The pi-pi' quadrupoles take the value that keeps the integrals invariant
-  // under rotation about the axis.
-  if (spA && spB) {
-    inter[Qxy][Qxy] = 0.5 * (inter[Qxx][Qxx] - inter[Qxx][Qyy]);
-    inter[Qxy][Qxx] = inter[Qxy][Qyy] = inter[Qxx][Qxy] = inter[Qyy][Qxy] = 0;
-  }
-  BipolarInteractions bipolar(pa, dA, pb, dB, r);
+  // Interactions of multipole pairs, each computed when first needed.
+  double interMemo[kMultipoles][kMultipoles];
+  for (auto& row : interMemo) std::fill(std::begin(row), std::end(row), std::nan(""));
+  auto inter = [&](int i, int j) -> double {
+    double& v = interMemo[i][j];
+    if (!std::isnan(v)) return v;
+    if (i == Qxy && j == Qxy) {
+      // The pi-pi' quadrupoles take the value that keeps the integrals
+      // invariant under rotation about the axis.
+      v = 0.5 * (Interaction(ma[Qxx], mb[Qxx], r) - Interaction(ma[Qxx], mb[Qyy], r));
+    } else if ((i == Qxy && (j == Qxx || j == Qyy)) || (j == Qxy && (i == Qxx || i == Qyy))) {
+      v = 0;
+    } else {
+      v = Interaction(ma[i], mb[j], r);
+    }
+    return v;
+  };
+  std::optional<BipolarInteractions> bipolar;
+  if (dA || dB) bipolar.emplace(pa, dA, pb, dB, r);
   const auto& expansions = BipolarExpansions();
 
   // Local integrals: sp products alone by Dewar-Thiel, any integral with a d
@@ -488,11 +497,11 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
           if (a < 4 && b < 4 && c < 4 && e < 4) {
             const int neb = Expansion(c, e, eb);
             for (int i = 0; i < nea; ++i)
-              for (int j = 0; j < neb; ++j) v += inter[ea[i]][eb[j]];
+              for (int j = 0; j < neb; ++j) v += inter(ea[i], eb[j]);
           } else {
             for (const BipolarTerm& ta : expansions[a * 9 + b])
               for (const BipolarTerm& tb : expansions[c * 9 + e])
-                if (ta.m == tb.m) v += ta.coef * tb.coef * bipolar(ta, tb);
+                if (ta.m == tb.m) v += ta.coef * tb.coef * (*bipolar)(ta, tb);
           }
           loc[((a * na + b) * nb + c) * nb + e] = v * kEv;
         }

@@ -18,6 +18,9 @@ int dsygv(int itype, char jobz, char uplo, int n, double* a, int lda, double* b,
           int lwork);
 int dsyevd(char jobz, char uplo, int n, double* a, int lda, double* w, double* work, int lwork, int* iwork,
            int liwork);
+// BLAS matrix product C = alpha op(A) op(B) + beta C (column-major).
+void dgemm(char transa, char transb, int m, int n, int k, double alpha, const double* a, int lda, const double* b,
+           int ldb, double beta, double* c, int ldc);
 int dgesv(int n, int nrhs, double* a, int lda, int* ipiv, double* b, int ldb);
 int dgbsv(int n, int kl, int ku, int nrhs, double* ab, int ldab, int* ipiv, double* b, int ldb);
 
