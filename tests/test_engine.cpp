@@ -199,13 +199,14 @@ TEST(engineRunRules, MultiplicityMessages) {
   }
 }
 
-TEST(engineRunRules, MoreThan210AtomsAreRefused) {
-  std::vector<int> z(211, 1);
-  std::vector<std::array<double, 3>> x(211);
-  for (int i = 0; i < 211; ++i) x[i] = {i * 1.0, 0, 0};
+TEST(engineRunRules, MoreThan1000AtomsAreRefused) {
+  std::vector<int> z(1001, 1);
+  std::vector<std::array<double, 3>> x(1001);
+  for (int i = 0; i < 1001; ++i) x[i] = {i * 1.0, 0, 0};
   const EngineResult r = EngineRun(EngineMethod::PM3, z, x, 0, 1, false, nullptr, BuiltinOnly());
   EXPECT_EQ(r.status, EngineStatus::NotRun);
-  EXPECT_NE(r.message.find("210"), std::string::npos);
+  EXPECT_EQ(r.message, " The engine takes at most 1000 atoms; this structure has 1001.");
+  EXPECT_EQ(r.exitStatus, 2);
 }
 
 TEST(engineRunRules, NoSelfConsistencyIsReportedAndTheNumberStands) {

@@ -11,9 +11,10 @@
 
 namespace quintor::engine {
 
-constexpr int kMaxAtoms = 210;
-constexpr int kMaxOrbitals = 1000;
-constexpr int kMaxPacked = kMaxOrbitals * (kMaxOrbitals + 1) / 2;  // 500500
+// Sizes: 1000 atoms (a hydrocarbon of 1000 atoms has about 2000 orbitals;
+// the full n x n matrices of the SCF take some 30 MB each there).
+constexpr int kMaxAtoms = 1000;
+constexpr int kMaxOrbitals = 2500;
 
 // Options of a calculation; the defaults serve a single point.
 struct EngineOptions {
