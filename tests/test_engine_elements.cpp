@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include "engine/engine.h"
@@ -155,4 +156,50 @@ TEST(engineElements, ImpossibleStatesAreRefused) {
   }
   EXPECT_EQ(ImpossibleState(8, 1), "");
   EXPECT_EQ(ImpossibleState(2, 3), "");
+}
+
+// Unrestricted Hartree-Fock against MOPAC's UHF: radicals and triplets
+// (tests/inputs/engine/make_uhf_reference.sh), heat and <S**2>.
+TEST(engineElements, UnrestrictedIsMopacsUhf) {
+  std::ifstream mols(quintor::test::TestInput("engine/uhf_molecules.txt"));
+  std::map<std::string, Molecule> geometry;
+  for (std::string line; std::getline(mols, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream ss(line);
+    std::string name, sym;
+    int mult = 0;
+    ss >> name >> mult;
+    std::array<double, 3> x{};
+    while (ss >> sym >> x[0] >> x[1] >> x[2]) {
+      for (int z = 1; z <= kMaxElement; ++z)
+        if (sym == ElementSymbol(z)) geometry[name].z.push_back(z);
+      geometry[name].x.push_back(x);
+    }
+  }
+  std::ifstream ref(quintor::test::TestInput("engine/mopac_uhf.txt"));
+  int checked = 0;
+  for (std::string line; std::getline(ref, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream ss(line);
+    std::string name, method;
+    int mult = 0;
+    double heat = 0, s2 = 0;
+    ss >> name >> mult >> method >> heat >> s2;
+    SCOPED_TRACE(name + " " + method);
+    const EngineMethod m = method == "MNDO" ? EngineMethod::MNDO : method == "AM1" ? EngineMethod::AM1 : EngineMethod::PM3;
+    EngineOptions o = BuiltinOnly();
+    o.unrestricted = true;
+    const Molecule& g = geometry[name];
+    const EngineResult r = EngineRun(m, g.z, g.x, 0, mult, false, nullptr, o);
+    EXPECT_EQ(r.status, EngineStatus::Converged);
+    EXPECT_NEAR(r.heatKcal, heat, 0.05);
+    EXPECT_NEAR(r.spinSquared, s2, 1e-3);
+    // the restricted half-electron heat lies above
+    o.unrestricted = false;
+    EXPECT_GT(EngineRun(m, g.z, g.x, 0, mult, false, nullptr, o).heatKcal, r.heatKcal - 1e-6);
+    ++checked;
+  }
+  EXPECT_EQ(checked, 15);
+  EXPECT_EQ(OpenShellTreatment(2, false, 0), " Open shell: restricted half-electron (MOPAC's RHF for a doublet)");
+  EXPECT_EQ(OpenShellTreatment(1, false, 0), "");
 }

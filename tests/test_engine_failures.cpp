@@ -87,3 +87,19 @@ TEST(engineFailures, ScanWithABadParameterFileStops) {
   EXPECT_NE(log.find(" ERROR! Reading atom parameters from MNDOD.DAT. Line 2"), std::string::npos) << log;
   EXPECT_EQ(log.find("Relative potential energies"), std::string::npos);
 }
+
+// The open-shell treatment is named under the heat; /UHF gives MOPAC's UHF
+// heat of the methyl radical (tests/inputs/engine/mopac_uhf.txt, PM3).
+TEST(engineFailures, OpenShellTreatmentIsNamed) {
+  TempDir dir;
+  const std::string input = dir.Write("ch3.xyz", kMethyl);
+  const RunResult rhf = RunInProcess({input, "/0", "/X", "/HOF"});
+  EXPECT_NE(rhf.log.find(" kcal/mol\n Open shell: restricted half-electron (MOPAC's RHF for a doublet)\n"),
+            std::string::npos)
+      << rhf.log;
+  const RunResult uhf = RunInProcess({input, "/0", "/X", "/HOF", "/UHF"});
+  ASSERT_EQ(uhf.status, 0);
+  EXPECT_NE(uhf.log.find(" =     28.0388 kcal/mol\n Open shell: unrestricted Hartree-Fock (MOPAC's UHF), <S**2> = 0.770"),
+            std::string::npos)
+      << uhf.log;
+}

@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, UHF
 };
 
 struct OptionWord {
@@ -29,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 54> kOptions = {{
+constexpr std::array<OptionWord, 55> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -43,7 +43,7 @@ constexpr std::array<OptionWord, 54> kOptions = {{
     {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
     {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
     {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
-    {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},
+    {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},      {"/UHF", Opt::UHF},
 }};
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -238,6 +238,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     }
     case Opt::HOF: o.engineHeat = true; break;
     case Opt::GEOOPT: o.engineGeoOpt = true; break;
+    case Opt::UHF: o.engineUnrestricted = true; break;
     case Opt::SCAN: o.engineScan = true; break;
     case Opt::IRMC: {
       o.monteCarlo = true;
@@ -360,7 +361,8 @@ std::string UsageText() {
       " Semi-empirical engine flags (on the final geometry, after the report):\n"
       "   /engine<M> - method M: MNDO, AM1, PM3 (default), MNDOD, PM3D\n"
       "   /hof - heat of formation of the final geometry\n"
-      "   /geoopt - optimise the final geometry (Cartesian, numerical gradients)\n"
+      "   /geoopt - optimise the final geometry (Cartesian coordinates)\n"
+      "   /uhf - open shells by unrestricted Hartree-Fock (default: restricted half-electron)\n"
       "   /charge<N> - molecular charge (default 0); the multiplicity is /mult\n"
       "   /scan - with internal rotations (/arir or the specification file): each rotation's\n"
       "           potential by the engine, 37 points of 10 degrees, in place of other barriers\n"

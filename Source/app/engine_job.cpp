@@ -63,6 +63,7 @@ void RunEngineJobs(Session& s) {
   const engine::EngineMethod method = engine::MethodOfMenu(o.engineMethod);
   engine::EngineOptions options;
   options.printLevel = 0;
+  options.unrestricted = o.engineUnrestricted;
   // The working files go beside the input, where the run writes its own.
   options.workDir = std::filesystem::path(s.files.inputName).parent_path().string();
 
@@ -76,6 +77,8 @@ void RunEngineJobs(Session& s) {
       std::ostringstream out;
       engine::PrintHeatOfFormation(out, method, r.heatKcal);
       LogLines(s, out.str());
+      const std::string treatment = engine::OpenShellTreatment(multiplicity, o.engineUnrestricted, r.spinSquared);
+      if (!treatment.empty()) s.log.Line(treatment);
     }
   }
   if (o.engineGeoOpt) {
@@ -85,6 +88,8 @@ void RunEngineJobs(Session& s) {
     const engine::GeoOptResult r = engine::GeoOpt(method, z, x, o.charge, multiplicity, settings, &log, &s.Console());
     LogLines(s, log.str());
     if (r.failed) StopOnEngineFailure(s, r.message, r.exitStatus);
+    const std::string treatment = engine::OpenShellTreatment(multiplicity, o.engineUnrestricted, r.spinSquared);
+    if (!treatment.empty()) s.log.Line(treatment);
   }
 }
 

@@ -168,9 +168,10 @@ Setup BuildSetup(const ParameterSet& set, const Molecule& mol) {
   return s;
 }
 
-// Two-electron part of the Fock matrix for the density p (both n x n):
-// G = sum over (ab|cd) of P (Coulomb) minus half the exchange.
-void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<double>& f) {
+// Two-electron part of a Fock matrix (all n x n): the Coulomb term of the
+// density pj minus kx times the exchange term of the density pk.
+void AddCoulombExchange(const Setup& s, const std::vector<double>& pj, const std::vector<double>& pk, double kx,
+                        std::vector<double>& f) {
   const Molecule& m = s.mol;
   const int n = m.n, na = static_cast<int>(m.z.size());
   for (int a = 0; a < na; ++a) {
@@ -181,8 +182,8 @@ void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<do
         double v = 0;
         for (int c = 0; c < k; ++c)
           for (int d = 0; d < k; ++d) {
-            const double pcd = p[(f0 + c) * n + f0 + d];
-            v += pcd * (g[((i * k + j) * k + c) * k + d] - 0.5 * g[((i * k + c) * k + j) * k + d]);
+            v += pj[(f0 + c) * n + f0 + d] * g[((i * k + j) * k + c) * k + d] -
+                 kx * pk[(f0 + c) * n + f0 + d] * g[((i * k + c) * k + j) * k + d];
           }
         f[(f0 + i) * n + f0 + j] += v;
       }
@@ -195,15 +196,15 @@ void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<do
       const double* w = pi.w.data();
       for (int i = 0; i < ia; ++i)
         for (int j = 0; j < ia; ++j) {
-          const double pij = p[(fa + i) * n + fa + j];
+          const double pij = pj[(fa + i) * n + fa + j];
           double coul = 0;
           for (int c = 0; c < ib; ++c)
             for (int d = 0; d < ib; ++d) {
               const double wv = w[((i * ia + j) * ib + c) * ib + d];
-              coul += p[(fb + c) * n + fb + d] * wv;
+              coul += pj[(fb + c) * n + fb + d] * wv;
               f[(fb + c) * n + fb + d] += pij * wv;
-              // exchange: F(i on A, c on B) -= 1/2 P(j, d) (ij|cd)
-              f[(fa + i) * n + fb + c] -= 0.5 * p[(fa + j) * n + fb + d] * wv;
+              // exchange: F(i on A, c on B) -= kx P(j, d) (ij|cd)
+              f[(fa + i) * n + fb + c] -= kx * pk[(fa + j) * n + fb + d] * wv;
             }
           f[(fa + i) * n + fa + j] += coul;
         }
@@ -211,6 +212,138 @@ void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<do
       for (int i = 0; i < ia; ++i)
         for (int c = 0; c < ib; ++c) f[(fb + c) * n + fa + i] = f[(fa + i) * n + fb + c];
     }
+}
+
+// G = sum over (ab|cd) of P (Coulomb) minus half the exchange.
+void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<double>& f) {
+  AddCoulombExchange(s, p, p, 0.5, f);
+}
+
+// The occupied orbitals' density sum occ * C_occ C_occ^T of the Fock matrix f.
+void OccupiedDensity(int n, std::vector<double> f, int occupied, double occ, std::vector<double>& p) {
+  std::vector<double> w;
+  Diagonalise(n, f, w);
+  std::fill(p.begin(), p.end(), 0.0);
+  if (occupied > 0) lapack::dgemm('N', 'T', n, n, occupied, occ, f.data(), n, f.data(), n, 0.0, p.data(), n);
+}
+
+struct UhfOutcome {
+  double electronic = 0, deltaE = 0, deltaP = 0, spinSquared = 0;
+  int iterations = 0;
+  bool converged = false;
+  std::vector<double> density;  // alpha + beta
+};
+
+// Unrestricted SCF: alpha and beta orbitals of their own, F(alpha) = H +
+// J(P) - K(P alpha), DIIS on both commutators with one set of coefficients.
+UhfOutcome RunUhf(const Setup& setup, int n, int nAlpha, int nBeta, const std::vector<double>& start,
+                  const EngineOptions& options) {
+  UhfOutcome u;
+  const size_t nn = static_cast<size_t>(n) * n;
+  std::vector<double> pa(nn), pb(nn), pt(nn), ptOld, fa, fb;
+  for (size_t i = 0; i < nn; ++i) pa[i] = pb[i] = 0.5 * start[i];
+  std::vector<std::vector<double>> diisFa, diisFb, diisE, dots;
+  const int kDiis = 8;
+  const double crit = options.gradientCalculation ? options.gradientScfCriterion : options.scfCriterion;
+  double eOld = 0;
+  for (int niter = 1;; ++niter) {
+    for (size_t i = 0; i < nn; ++i) pt[i] = pa[i] + pb[i];
+    fa = setup.h;
+    fb = setup.h;
+    AddCoulombExchange(setup, pt, pa, 1.0, fa);
+    AddCoulombExchange(setup, pt, pb, 1.0, fb);
+    double e = 0;
+    for (size_t i = 0; i < nn; ++i) e += 0.5 * (pt[i] * setup.h[i] + pa[i] * fa[i] + pb[i] * fb[i]);
+    u.deltaE = e - eOld;
+    eOld = e;
+    u.electronic = e;
+    u.deltaP = 1;
+    if (!ptOld.empty()) {
+      double d = 0;
+      for (size_t i = 0; i < nn; ++i) d += (pt[i] - ptOld[i]) * (pt[i] - ptOld[i]);
+      u.deltaP = std::sqrt(d / nn);
+    }
+    u.iterations = niter;
+    if (niter > 1 && std::abs(u.deltaE) < crit && (options.gradientCalculation || u.deltaP <= 4 * crit)) {
+      u.converged = true;
+      break;
+    }
+    if (niter >= options.maxIterations) break;
+    // DIIS on [F, P] of both spins.
+    std::vector<double> err(2 * nn), fp(nn);
+    double errMax = 0;
+    for (int spin = 0; spin < 2; ++spin) {
+      const std::vector<double>& f = spin == 0 ? fa : fb;
+      const std::vector<double>& p = spin == 0 ? pa : pb;
+      lapack::dgemm('N', 'N', n, n, n, 1.0, f.data(), n, p.data(), n, 0.0, fp.data(), n);
+      for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) {
+          const double v = fp[i * n + j] - fp[j * n + i];
+          err[spin * nn + i * n + j] = v;
+          errMax = std::max(errMax, std::abs(v));
+        }
+    }
+    diisFa.push_back(fa);
+    diisFb.push_back(fb);
+    diisE.push_back(std::move(err));
+    if (static_cast<int>(diisE.size()) > kDiis) {
+      diisFa.erase(diisFa.begin());
+      diisFb.erase(diisFb.begin());
+      diisE.erase(diisE.begin());
+      dots.erase(dots.begin());
+      for (auto& row : dots) row.erase(row.begin());
+    }
+    dots.emplace_back();
+    for (const auto& e2 : diisE) {
+      double v = 0;
+      for (size_t k = 0; k < e2.size(); ++k) v += diisE.back()[k] * e2[k];
+      dots.back().push_back(v);
+    }
+    const int m = static_cast<int>(diisE.size());
+    std::vector<double> xa = fa, xb = fb;
+    bool usedDiis = false;
+    if (m >= 2 && errMax < 0.2) {
+      const int dim = m + 1;
+      std::vector<double> b(dim * dim, 0.0), rhs(dim, 0.0);
+      for (int i = 0; i < m; ++i)
+        for (int j = 0; j <= i; ++j) b[i * dim + j] = b[j * dim + i] = dots[i][j];
+      for (int i = 0; i < m; ++i) b[i * dim + m] = b[m * dim + i] = -1;
+      rhs[m] = -1;
+      if (SolveSmall(b, rhs, dim)) {
+        usedDiis = true;
+        std::fill(xa.begin(), xa.end(), 0.0);
+        std::fill(xb.begin(), xb.end(), 0.0);
+        for (int i = 0; i < m; ++i)
+          for (size_t k = 0; k < nn; ++k) {
+            xa[k] += rhs[i] * diisFa[i][k];
+            xb[k] += rhs[i] * diisFb[i][k];
+          }
+      } else {
+        diisFa.clear();
+        diisFb.clear();
+        diisE.clear();
+        dots.clear();
+      }
+    }
+    ptOld = pt;
+    const std::vector<double> paOld = pa, pbOld = pb;
+    OccupiedDensity(n, xa, nAlpha, 1.0, pa);
+    OccupiedDensity(n, xb, nBeta, 1.0, pb);
+    if (niter <= 2 || (!usedDiis && u.deltaE > 0)) {
+      for (size_t i = 0; i < nn; ++i) {
+        pa[i] = 0.5 * (pa[i] + paOld[i]);
+        pb[i] = 0.5 * (pb[i] + pbOld[i]);
+      }
+    }
+  }
+  // <S^2> = Sz (Sz + 1) + N(beta) - Tr(P alpha P beta) in the orthogonal basis.
+  double overlap = 0;
+  for (size_t i = 0; i < nn; ++i) overlap += pa[i] * pb[i];
+  const double sz = 0.5 * (nAlpha - nBeta);
+  u.spinSquared = sz * (sz + 1) + nBeta - overlap;
+  for (size_t i = 0; i < nn; ++i) pt[i] = pa[i] + pb[i];
+  u.density = pt;
+  return u;
 }
 
 // (ij|kl)-type contraction: sum over atom blocks of Da (ab|cd) Db.
@@ -299,6 +432,14 @@ void PrintHeatOfFormation(std::ostream& out, EngineMethod method, double heatKca
   out << ' ' << MethodName(method) << " method\n"
       << " Heat of Formation       : " << FmtF(heatKcal * kKcalToKj, 12, 4) << " kJ/mol  =" << FmtF(heatKcal, 12, 4)
       << " kcal/mol\n";
+}
+
+std::string OpenShellTreatment(int multiplicity, bool unrestricted, double spinSquared) {
+  if (unrestricted)
+    return fmt::format(" Open shell: unrestricted Hartree-Fock (MOPAC's UHF), <S**2> = {:.4f}", spinSquared);
+  if (multiplicity == 2) return " Open shell: restricted half-electron (MOPAC's RHF for a doublet)";
+  if (multiplicity == 3) return " Open shell: restricted half-electron (MOPAC's OPEN(2,2) for a triplet)";
+  return "";
 }
 
 int DefaultMultiplicity(const std::vector<int>& atomicNumbers, int charge) {
@@ -470,6 +611,17 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
         << " NITER    ELECTRONIC        DELTA E         DELTA P\n"
         << "          ENERGY(EV)\n";
   }
+  if (options.unrestricted) {
+    const int nAlpha = (electrons + multiplicity - 1) / 2, nBeta = electrons - nAlpha;
+    const UhfOutcome u = RunUhf(setup, n, nAlpha, nBeta, p, options);
+    eElec = u.electronic;
+    converged = u.converged;
+    niter = u.iterations;
+    deltaE = u.deltaE;
+    deltaP = u.deltaP;
+    p = u.density;
+    res.spinSquared = u.spinSquared;
+  } else
   for (niter = 1;; ++niter) {
     f = setup.h;
     AddTwoElectron(setup, p, f);

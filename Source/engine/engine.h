@@ -34,6 +34,9 @@ struct EngineOptions {
   // Starting density (n x n, from an earlier result at a nearby geometry);
   // null for the usual start from the atoms.
   const std::vector<double>* startDensity = nullptr;
+  // Unrestricted Hartree-Fock (alpha and beta orbitals of their own, MOPAC's
+  // UHF) in place of the restricted half-electron treatment of open shells.
+  bool unrestricted = false;
   int calculationNumber = 1;
   int geometryNumber = 1;
 };
@@ -54,6 +57,7 @@ struct EngineResult {
   double totalEv = 0;         // electronic + core-core
   int iterations = 0;
   int electrons = 0;
+  double spinSquared = 0;     // <S^2> of an unrestricted calculation
   int orbitals = 0;
   std::string message;        // why it was refused or aborted
   int exitStatus = 0;         // the process status a refusal stands for (0 when it ran)
@@ -84,6 +88,10 @@ EngineResult EngineRun(EngineMethod method, const std::vector<int>& atomicNumber
 EngineResult EngineRunWith(const ParameterSet& parameters, const std::vector<int>& atomicNumbers,
                            const std::vector<std::array<double, 3>>& coordsAngstrom, int charge, int multiplicity,
                            bool print, std::ostream* report, const EngineOptions& options = {});
+
+// The open-shell treatment in words, for the MainLog: "" for a closed-shell
+// restricted calculation.
+std::string OpenShellTreatment(int multiplicity, bool unrestricted, double spinSquared);
 
 // The two lines of a heat of formation: the method's name, then
 // " Heat of Formation       : " F12.4 " kJ/mol  =" F12.4 " kcal/mol".

@@ -136,7 +136,7 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     EngineOptions last = settings.engine;
     last.printLevel = 0;
     last.startDensity = density.empty() ? nullptr : &density;
-    EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, nullptr, last);
+    res.spinSquared = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, nullptr, last).spinSquared;
   }
   res.optimised = true;
   res.coordinates = work;

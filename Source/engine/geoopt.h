@@ -42,6 +42,7 @@ struct GeoOptResult {
   // engine's message is in `message` and nothing was optimised.
   bool failed = false;
   int exitStatus = 0;
+  double spinSquared = 0;  // <S^2> at the optimum (unrestricted)
 };
 
 // `log` receives the log lines, `console` the progress lines (" Cycle: ...")

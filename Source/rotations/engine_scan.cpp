@@ -46,6 +46,7 @@ std::vector<std::vector<PotentialPoint>> ScanByEngine(const std::vector<int>& at
     }
   }
   options.workDir = settings.workDir;
+  options.unrestricted = settings.unrestricted;
 
   std::vector<std::vector<PotentialPoint>> scans(groups.size());
   for (size_t r = 0; r < groups.size(); ++r) {

@@ -18,6 +18,7 @@ struct ScanSettings {
   engine::EngineMethod method = engine::EngineMethod::PM3;
   int charge = 0;
   int multiplicity = 1;
+  bool unrestricted = false;  // open shells by UHF
   std::string workDir;  // the engine's working files; "" for the current directory
   std::string parameterFile = "MNDOD.DAT";  // read once; a missing file is no error, a bad line stops the run
 };
