@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, GXYZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO, NROTPRODUCT
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO, NROTPRODUCT, UHF
 };
 
 struct OptionWord {
@@ -48,6 +48,7 @@ constexpr auto kOptions = std::to_array<OptionWord>({
     {"/MODE", Opt::MODE},      {"/DISTORT", Opt::DISTORT}, {"/SPECTRUM@", Opt::SPECTRUM}, {"/PLAY@", Opt::PLAY},
     {"/QS", Opt::QS},          {"/QH", Opt::QH},          {"/QT", Opt::QT},
     {"/NROTPRODUCT", Opt::NROTPRODUCT},
+    {"/UHF", Opt::UHF},
 });
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -273,6 +274,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     }
     case Opt::HOF: o.engineHeat = true; break;
     case Opt::GEOOPT: o.engineGeoOpt = true; break;
+    case Opt::UHF: o.engineUnrestricted = true; break;
     case Opt::SCAN: o.engineScan = true; break;
     case Opt::MODE: ModeOption(s, value, original, r); break;
     case Opt::DISTORT: {
@@ -437,7 +439,8 @@ std::string UsageText() {
       " Semi-empirical engine flags (on the final geometry, after the report):\n"
       "   /engine<M> - method M: MNDO, AM1, PM3 (default), MNDOD, PM3D\n"
       "   /hof - heat of formation of the final geometry\n"
-      "   /geoopt - optimise the final geometry (Cartesian, numerical gradients)\n"
+      "   /geoopt - optimise the final geometry (Cartesian coordinates)\n"
+      "   /uhf - open shells by unrestricted Hartree-Fock (default: restricted half-electron)\n"
       "   /charge<N> - molecular charge (default 0); the multiplicity is /mult\n"
       "   /scan - with internal rotations (/arir or the specification file): each rotation's\n"
       "           potential by the engine, 37 points of 10 degrees, in place of other barriers\n"

@@ -9,6 +9,8 @@
 #include "app/run.h"
 #include "engine/engine.h"
 #include "engine/geoopt.h"
+#include "io/fortran_io.h"
+#include "model/run_stop.h"
 
 namespace quintor {
 
@@ -23,10 +25,28 @@ void LogLines(Session& s, const std::string& text) {
   while (std::getline(in, line)) s.log.Line(line);
 }
 
+// An engine that can not run stops the run: its message in the MainLog,
+// the engine's status as the process's.
+[[noreturn]] void StopOnEngineFailure(Session& s, const std::string& message, int status) {
+  LogLines(s, message);
+  s.log.Line(" ERROR! The semi-empirical engine could not run");
+  throw RunStop(status != 0 ? status : exit_status::Internal);
+}
+
 }  // namespace
+
+void SettleEngineMultiplicity(Session& s) {
+  Options& o = s.opt;
+  if (o.multiplicity > 0 || s.nAtoms <= 0) return;
+  const std::vector<int> z(s.atomicNumber.begin(), s.atomicNumber.begin() + s.nAtoms);
+  o.multiplicity = engine::DefaultMultiplicity(z, o.charge);
+  s.log.Line(" ATTENTION! Multiplicity not given: the engine and the thermochemistry take" +
+             FmtI(o.multiplicity, 2));
+}
 
 void RunEngineJobs(Session& s) {
   const Options& o = s.opt;
+  if (o.engineScan && !o.engineHeat && !o.engineGeoOpt) SettleEngineMultiplicity(s);
   if (!o.engineHeat && !o.engineGeoOpt) return;
   s.log.EndLine();
   s.log.Line();
@@ -38,32 +58,38 @@ void RunEngineJobs(Session& s) {
   for (int i = 0; i < s.nAtoms; ++i)
     for (int k = 0; k < 3; ++k) x[i][k] = s.xyz[i][k] * kBohrToAngstrom;
   const std::vector<int> z(s.atomicNumber.begin(), s.atomicNumber.begin() + s.nAtoms);
-  const int multiplicity = o.multiplicity > 0 ? o.multiplicity : engine::DefaultMultiplicity(z, o.charge);
+  SettleEngineMultiplicity(s);
+  const int multiplicity = o.multiplicity;
   const engine::EngineMethod method = engine::MethodOfMenu(o.engineMethod);
   engine::EngineOptions options;
   options.printLevel = 0;
+  options.unrestricted = o.engineUnrestricted;
   // The working files go beside the input, where the run writes its own.
   options.workDir = std::filesystem::path(s.files.inputName).parent_path().string();
 
   if (o.engineHeat) {
     std::ostringstream report;
     const engine::EngineResult r = engine::EngineRun(method, z, x, o.charge, multiplicity, false, &report, options);
-    if (r.status == engine::EngineStatus::NotRun || r.status == engine::EngineStatus::Aborted) {
-      LogLines(s, report.str());
-      s.log.Line(" WARNING! No heat of formation: the engine did not run");
+    if (!engine::HeatStands(r)) {
+      StopOnEngineFailure(s, report.str().empty() ? r.message : report.str(), r.exitStatus);
     } else {
       if (r.status == engine::EngineStatus::NotConverged) LogLines(s, report.str());
       std::ostringstream out;
       engine::PrintHeatOfFormation(out, method, r.heatKcal);
       LogLines(s, out.str());
+      const std::string treatment = engine::OpenShellTreatment(multiplicity, o.engineUnrestricted, r.spinSquared);
+      if (!treatment.empty()) s.log.Line(treatment);
     }
   }
   if (o.engineGeoOpt) {
     engine::GeoOptSettings settings;
     settings.engine = options;
     std::ostringstream log;
-    engine::GeoOpt(method, z, x, o.charge, multiplicity, settings, &log, &s.Console());
+    const engine::GeoOptResult r = engine::GeoOpt(method, z, x, o.charge, multiplicity, settings, &log, &s.Console());
     LogLines(s, log.str());
+    if (r.failed) StopOnEngineFailure(s, r.message, r.exitStatus);
+    const std::string treatment = engine::OpenShellTreatment(multiplicity, o.engineUnrestricted, r.spinSquared);
+    if (!treatment.empty()) s.log.Line(treatment);
   }
 }
 

@@ -40,6 +40,9 @@ void FinishLog(Session& s);
 // The semi-empirical engine on the final coordinate set, when /HOF or
 // /GEOOPT asks for it: its lines go to the MainLog after the report.
 void RunEngineJobs(Session& s);
+// A multiplicity not given is the engine's (a doublet for odd electrons),
+// and the thermochemistry takes the same.
+void SettleEngineMultiplicity(Session& s);
 
 // /MODE<n>@file.xyz, /DISTORT<n> and /SPECTRUM@ on the final geometry.
 void RunVibrationEntries(Session& s, const Frontend* frontend);

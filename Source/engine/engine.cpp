@@ -15,6 +15,7 @@
 #include "engine/constants.h"
 #include "engine/integrals.h"
 #include "io/fortran_io.h"
+#include "model/run_stop.h"
 #include "numeric/lapack.h"
 
 
@@ -30,7 +31,8 @@ namespace {
 // it goes, with everything in it, when the call ends.
 class WorkingFiles {
  public:
-  explicit WorkingFiles(const std::string& dir) {
+  WorkingFiles(const std::string& dir, bool write) {
+    if (!write) return;
     fs::path base = dir.empty() ? fs::current_path() : fs::path(dir);
     std::string pattern = (base / "engine.XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) {
@@ -51,7 +53,7 @@ class WorkingFiles {
   WorkingFiles& operator=(const WorkingFiles&) = delete;
 
   std::string Path(const std::string& name) const { return (fs::path(dir_) / name).string(); }
-  std::ostream& Report() { return report_; }
+  std::ostream& Report() { return dir_.empty() ? static_cast<std::ostream&>(memory_) : report_; }
   // One record: the count, then the values.
   void WriteRecord(const std::string& extension, const std::vector<double>& values) {
     if (dir_.empty()) return;
@@ -61,6 +63,7 @@ class WorkingFiles {
     out.write(reinterpret_cast<const char*>(values.data()), static_cast<std::streamsize>(n * sizeof(double)));
   }
   std::string ReportText() {
+    if (dir_.empty()) return memory_.str();
     report_.flush();
     std::ifstream in(Path("tmp.omn"));
     std::stringstream ss;
@@ -71,6 +74,7 @@ class WorkingFiles {
  private:
   std::string dir_;
   std::ofstream report_;
+  std::ostringstream memory_;  // the report of a call that writes no files
 };
 
 struct Molecule {
@@ -164,9 +168,10 @@ Setup BuildSetup(const ParameterSet& set, const Molecule& mol) {
   return s;
 }
 
-// Two-electron part of the Fock matrix for the density p (both n x n):
-// G = sum over (ab|cd) of P (Coulomb) minus half the exchange.
-void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<double>& f) {
+// Two-electron part of a Fock matrix (all n x n): the Coulomb term of the
+// density pj minus kx times the exchange term of the density pk.
+void AddCoulombExchange(const Setup& s, const std::vector<double>& pj, const std::vector<double>& pk, double kx,
+                        std::vector<double>& f) {
   const Molecule& m = s.mol;
   const int n = m.n, na = static_cast<int>(m.z.size());
   for (int a = 0; a < na; ++a) {
@@ -177,8 +182,8 @@ void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<do
         double v = 0;
         for (int c = 0; c < k; ++c)
           for (int d = 0; d < k; ++d) {
-            const double pcd = p[(f0 + c) * n + f0 + d];
-            v += pcd * (g[((i * k + j) * k + c) * k + d] - 0.5 * g[((i * k + c) * k + j) * k + d]);
+            v += pj[(f0 + c) * n + f0 + d] * g[((i * k + j) * k + c) * k + d] -
+                 kx * pk[(f0 + c) * n + f0 + d] * g[((i * k + c) * k + j) * k + d];
           }
         f[(f0 + i) * n + f0 + j] += v;
       }
@@ -191,15 +196,15 @@ void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<do
       const double* w = pi.w.data();
       for (int i = 0; i < ia; ++i)
         for (int j = 0; j < ia; ++j) {
-          const double pij = p[(fa + i) * n + fa + j];
+          const double pij = pj[(fa + i) * n + fa + j];
           double coul = 0;
           for (int c = 0; c < ib; ++c)
             for (int d = 0; d < ib; ++d) {
               const double wv = w[((i * ia + j) * ib + c) * ib + d];
-              coul += p[(fb + c) * n + fb + d] * wv;
+              coul += pj[(fb + c) * n + fb + d] * wv;
               f[(fb + c) * n + fb + d] += pij * wv;
-              // exchange: F(i on A, c on B) -= 1/2 P(j, d) (ij|cd)
-              f[(fa + i) * n + fb + c] -= 0.5 * p[(fa + j) * n + fb + d] * wv;
+              // exchange: F(i on A, c on B) -= kx P(j, d) (ij|cd)
+              f[(fa + i) * n + fb + c] -= kx * pk[(fa + j) * n + fb + d] * wv;
             }
           f[(fa + i) * n + fa + j] += coul;
         }
@@ -207,6 +212,138 @@ void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<do
       for (int i = 0; i < ia; ++i)
         for (int c = 0; c < ib; ++c) f[(fb + c) * n + fa + i] = f[(fa + i) * n + fb + c];
     }
+}
+
+// G = sum over (ab|cd) of P (Coulomb) minus half the exchange.
+void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<double>& f) {
+  AddCoulombExchange(s, p, p, 0.5, f);
+}
+
+// The occupied orbitals' density sum occ * C_occ C_occ^T of the Fock matrix f.
+void OccupiedDensity(int n, std::vector<double> f, int occupied, double occ, std::vector<double>& p) {
+  std::vector<double> w;
+  Diagonalise(n, f, w);
+  std::fill(p.begin(), p.end(), 0.0);
+  if (occupied > 0) lapack::dgemm('N', 'T', n, n, occupied, occ, f.data(), n, f.data(), n, 0.0, p.data(), n);
+}
+
+struct UhfOutcome {
+  double electronic = 0, deltaE = 0, deltaP = 0, spinSquared = 0;
+  int iterations = 0;
+  bool converged = false;
+  std::vector<double> density;  // alpha + beta
+};
+
+// Unrestricted SCF: alpha and beta orbitals of their own, F(alpha) = H +
+// J(P) - K(P alpha), DIIS on both commutators with one set of coefficients.
+UhfOutcome RunUhf(const Setup& setup, int n, int nAlpha, int nBeta, const std::vector<double>& start,
+                  const EngineOptions& options) {
+  UhfOutcome u;
+  const size_t nn = static_cast<size_t>(n) * n;
+  std::vector<double> pa(nn), pb(nn), pt(nn), ptOld, fa, fb;
+  for (size_t i = 0; i < nn; ++i) pa[i] = pb[i] = 0.5 * start[i];
+  std::vector<std::vector<double>> diisFa, diisFb, diisE, dots;
+  const int kDiis = 8;
+  const double crit = options.gradientCalculation ? options.gradientScfCriterion : options.scfCriterion;
+  double eOld = 0;
+  for (int niter = 1;; ++niter) {
+    for (size_t i = 0; i < nn; ++i) pt[i] = pa[i] + pb[i];
+    fa = setup.h;
+    fb = setup.h;
+    AddCoulombExchange(setup, pt, pa, 1.0, fa);
+    AddCoulombExchange(setup, pt, pb, 1.0, fb);
+    double e = 0;
+    for (size_t i = 0; i < nn; ++i) e += 0.5 * (pt[i] * setup.h[i] + pa[i] * fa[i] + pb[i] * fb[i]);
+    u.deltaE = e - eOld;
+    eOld = e;
+    u.electronic = e;
+    u.deltaP = 1;
+    if (!ptOld.empty()) {
+      double d = 0;
+      for (size_t i = 0; i < nn; ++i) d += (pt[i] - ptOld[i]) * (pt[i] - ptOld[i]);
+      u.deltaP = std::sqrt(d / nn);
+    }
+    u.iterations = niter;
+    if (niter > 1 && std::abs(u.deltaE) < crit && (options.gradientCalculation || u.deltaP <= 4 * crit)) {
+      u.converged = true;
+      break;
+    }
+    if (niter >= options.maxIterations) break;
+    // DIIS on [F, P] of both spins.
+    std::vector<double> err(2 * nn), fp(nn);
+    double errMax = 0;
+    for (int spin = 0; spin < 2; ++spin) {
+      const std::vector<double>& f = spin == 0 ? fa : fb;
+      const std::vector<double>& p = spin == 0 ? pa : pb;
+      lapack::dgemm('N', 'N', n, n, n, 1.0, f.data(), n, p.data(), n, 0.0, fp.data(), n);
+      for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) {
+          const double v = fp[i * n + j] - fp[j * n + i];
+          err[spin * nn + i * n + j] = v;
+          errMax = std::max(errMax, std::abs(v));
+        }
+    }
+    diisFa.push_back(fa);
+    diisFb.push_back(fb);
+    diisE.push_back(std::move(err));
+    if (static_cast<int>(diisE.size()) > kDiis) {
+      diisFa.erase(diisFa.begin());
+      diisFb.erase(diisFb.begin());
+      diisE.erase(diisE.begin());
+      dots.erase(dots.begin());
+      for (auto& row : dots) row.erase(row.begin());
+    }
+    dots.emplace_back();
+    for (const auto& e2 : diisE) {
+      double v = 0;
+      for (size_t k = 0; k < e2.size(); ++k) v += diisE.back()[k] * e2[k];
+      dots.back().push_back(v);
+    }
+    const int m = static_cast<int>(diisE.size());
+    std::vector<double> xa = fa, xb = fb;
+    bool usedDiis = false;
+    if (m >= 2 && errMax < 0.2) {
+      const int dim = m + 1;
+      std::vector<double> b(dim * dim, 0.0), rhs(dim, 0.0);
+      for (int i = 0; i < m; ++i)
+        for (int j = 0; j <= i; ++j) b[i * dim + j] = b[j * dim + i] = dots[i][j];
+      for (int i = 0; i < m; ++i) b[i * dim + m] = b[m * dim + i] = -1;
+      rhs[m] = -1;
+      if (SolveSmall(b, rhs, dim)) {
+        usedDiis = true;
+        std::fill(xa.begin(), xa.end(), 0.0);
+        std::fill(xb.begin(), xb.end(), 0.0);
+        for (int i = 0; i < m; ++i)
+          for (size_t k = 0; k < nn; ++k) {
+            xa[k] += rhs[i] * diisFa[i][k];
+            xb[k] += rhs[i] * diisFb[i][k];
+          }
+      } else {
+        diisFa.clear();
+        diisFb.clear();
+        diisE.clear();
+        dots.clear();
+      }
+    }
+    ptOld = pt;
+    const std::vector<double> paOld = pa, pbOld = pb;
+    OccupiedDensity(n, xa, nAlpha, 1.0, pa);
+    OccupiedDensity(n, xb, nBeta, 1.0, pb);
+    if (niter <= 2 || (!usedDiis && u.deltaE > 0)) {
+      for (size_t i = 0; i < nn; ++i) {
+        pa[i] = 0.5 * (pa[i] + paOld[i]);
+        pb[i] = 0.5 * (pb[i] + pbOld[i]);
+      }
+    }
+  }
+  // <S^2> = Sz (Sz + 1) + N(beta) - Tr(P alpha P beta) in the orthogonal basis.
+  double overlap = 0;
+  for (size_t i = 0; i < nn; ++i) overlap += pa[i] * pb[i];
+  const double sz = 0.5 * (nAlpha - nBeta);
+  u.spinSquared = sz * (sz + 1) + nBeta - overlap;
+  for (size_t i = 0; i < nn; ++i) pt[i] = pa[i] + pb[i];
+  u.density = pt;
+  return u;
 }
 
 // (ij|kl)-type contraction: sum over atom blocks of Da (ab|cd) Db.
@@ -297,10 +434,31 @@ void PrintHeatOfFormation(std::ostream& out, EngineMethod method, double heatKca
       << " kcal/mol\n";
 }
 
+std::string OpenShellTreatment(int multiplicity, bool unrestricted, double spinSquared) {
+  if (unrestricted)
+    return fmt::format(" Open shell: unrestricted Hartree-Fock (MOPAC's UHF), <S**2> = {:.4f}", spinSquared);
+  if (multiplicity == 2) return " Open shell: restricted half-electron (MOPAC's RHF for a doublet)";
+  if (multiplicity == 3) return " Open shell: restricted half-electron (MOPAC's OPEN(2,2) for a triplet)";
+  return "";
+}
+
 int DefaultMultiplicity(const std::vector<int>& atomicNumbers, int charge) {
   int electrons = -charge;
   for (int z : atomicNumbers) electrons += z;
   return electrons % 2 == 0 ? 1 : 2;
+}
+
+std::string ImpossibleState(int electrons, int multiplicity) {
+  static const char* const kNames[] = {"", "SINGLET", "DOUBLET", "TRIPLET"};
+  if (electrons < 0) return fmt::format(" ERROR! The charge leaves {} electrons", electrons);
+  if (multiplicity >= 1 && multiplicity <= 3) {
+    if ((electrons + multiplicity) % 2 == 0)
+      return fmt::format(" ERROR! {} SPECIFIED WITH {} NUMBER OF ELECTRONS, CORRECT FAULT", kNames[multiplicity],
+                         electrons % 2 == 0 ? "EVEN" : "ODD");
+    if (electrons < multiplicity - 1)
+      return fmt::format(" ERROR! {} electrons are too few for a {}", electrons, kNames[multiplicity]);
+  }
+  return "";
 }
 
 EngineResult EngineRun(EngineMethod method, const std::vector<int>& atomicNumbers,
@@ -312,6 +470,7 @@ EngineResult EngineRun(EngineMethod method, const std::vector<int>& atomicNumber
     if (!r.ok) {
       EngineResult bad;
       bad.message = r.message;
+      bad.exitStatus = exit_status::ReadError;
       if (report) *report << r.message << '\n';
       return bad;
     }
@@ -326,11 +485,13 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   const int na = static_cast<int>(atomicNumbers.size());
   if (na > kMaxAtoms) {
     res.message = fmt::format(" The engine takes at most {} atoms; this structure has {}.", kMaxAtoms, na);
+    res.exitStatus = exit_status::Limit;
     if (report) *report << res.message << '\n';
     return res;
   }
   if (coordsAngstrom.size() != atomicNumbers.size() || na == 0) {
     res.message = " The engine needs one coordinate triple for each atom.";
+    res.exitStatus = exit_status::Internal;
     return res;
   }
   Molecule mol;
@@ -342,6 +503,13 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     if (z < 1 || z > kMaxElement || !HasParameters(set.el[z])) {
       res.message = fmt::format(" No {} parameters for element {} ({}).", MethodName(set.method), z,
                                 z >= 1 && z <= kMaxElement ? ElementSymbol(z) : "?");
+      res.exitStatus = exit_status::ReadError;
+      if (report) *report << res.message << '\n';
+      return res;
+    }
+    if (!ReliableParameters(set.method, z)) {
+      res.message = fmt::format(" ERROR! No reliable {} parameters for {}", MethodName(set.method), ElementSymbol(z));
+      res.exitStatus = exit_status::ReadError;
       if (report) *report << res.message << '\n';
       return res;
     }
@@ -352,6 +520,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   }
   if (mol.n > kMaxOrbitals) {
     res.message = fmt::format(" The engine takes at most {} orbitals; this structure has {}.", kMaxOrbitals, mol.n);
+    res.exitStatus = exit_status::Limit;
     if (report) *report << res.message << '\n';
     return res;
   }
@@ -359,7 +528,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   res.electrons = electrons;
   const int n = mol.n;
 
-  WorkingFiles files(options.workDir);
+  WorkingFiles files(options.workDir, options.writeWorkingFiles);
   std::ostream& out = files.Report();
   const bool printing = print && options.printLevel >= 1;
   if (printing) WriteOpening(out, set, mol, options);
@@ -375,7 +544,14 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     }
     res.status = EngineStatus::Aborted;
     res.message = " MULTIPLICITY GREATER THAN 3";
+    res.exitStatus = exit_status::ReadError;
     if (report) *report << files.ReportText();
+    return res;
+  }
+  if (const std::string why = ImpossibleState(electrons, multiplicity); !why.empty()) {
+    res.message = why;
+    res.exitStatus = exit_status::ReadError;
+    if (report) *report << res.message << '\n';
     return res;
   }
   if (printing) {
@@ -400,6 +576,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   }
   if (doubly + static_cast<int>(singles.size()) > n || doubly < 0) {
     res.message = " More electrons than the orbitals can hold.";
+    res.exitStatus = exit_status::ReadError;
     if (report) *report << files.ReportText() << res.message << '\n';
     return res;
   }
@@ -418,7 +595,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   if (options.startDensity && options.startDensity->size() == p.size()) p = *options.startDensity;
 
   std::vector<double> f(p.size()), pOld, eval, c;
-  std::vector<std::vector<double>> diisF, diisE;
+  std::vector<std::vector<double>> diisF, diisE, diisDots;
   const int kDiis = 8;
   // DIIS only once the commutator is small: from a rough start it can settle
   // on a self-consistent but excited occupation (benzene in AM1 does).
@@ -434,6 +611,17 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
         << " NITER    ELECTRONIC        DELTA E         DELTA P\n"
         << "          ENERGY(EV)\n";
   }
+  if (options.unrestricted) {
+    const int nAlpha = (electrons + multiplicity - 1) / 2, nBeta = electrons - nAlpha;
+    const UhfOutcome u = RunUhf(setup, n, nAlpha, nBeta, p, options);
+    eElec = u.electronic;
+    converged = u.converged;
+    niter = u.iterations;
+    deltaE = u.deltaE;
+    deltaP = u.deltaP;
+    p = u.density;
+    res.spinSquared = u.spinSquared;
+  } else
   for (niter = 1;; ++niter) {
     f = setup.h;
     AddTwoElectron(setup, p, f);
@@ -460,15 +648,10 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     if (niter >= options.maxIterations) break;
 
     // DIIS on the commutator FP - PF; PF is the transpose of FP for symmetric F and P.
-    std::vector<double> fp(p.size(), 0.0), err(p.size());
-    for (int i = 0; i < n; ++i)
-      for (int k = 0; k < n; ++k) {
-        const double fik = f[i * n + k];
-        if (fik == 0) continue;
-        const double* pk = &p[static_cast<size_t>(k) * n];
-        double* row = &fp[static_cast<size_t>(i) * n];
-        for (int j = 0; j < n; ++j) row[j] += fik * pk[j];
-      }
+    // (The product of two symmetric matrices: the layout's transpose is the
+    // commutator's sign, to which DIIS is blind.)
+    std::vector<double> fp(p.size()), err(p.size());
+    lapack::dgemm('N', 'N', n, n, n, 1.0, f.data(), n, p.data(), n, 0.0, fp.data(), n);
     double errMax = 0;
     for (int i = 0; i < n; ++i)
       for (int j = 0; j < n; ++j) {
@@ -481,6 +664,15 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     if (static_cast<int>(diisF.size()) > kDiis) {
       diisF.erase(diisF.begin());
       diisE.erase(diisE.begin());
+      diisDots.erase(diisDots.begin());
+      for (auto& row : diisDots) row.erase(row.begin());
+    }
+    // The new error vector's products with those kept (and itself).
+    diisDots.emplace_back();
+    for (const auto& e : diisE) {
+      double v = 0;
+      for (size_t k = 0; k < p.size(); ++k) v += diisE.back()[k] * e[k];
+      diisDots.back().push_back(v);
     }
     std::vector<double> fx = f;
     bool usedDiis = false;
@@ -490,9 +682,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       std::vector<double> b(dim * dim, 0.0), rhs(dim, 0.0);
       for (int i = 0; i < m; ++i)
         for (int j = 0; j <= i; ++j) {
-          double v = 0;
-          for (size_t k = 0; k < p.size(); ++k) v += diisE[i][k] * diisE[j][k];
-          b[i * dim + j] = b[j * dim + i] = v;
+          b[i * dim + j] = b[j * dim + i] = diisDots[i][j];
         }
       for (int i = 0; i < m; ++i) b[i * dim + m] = b[m * dim + i] = -1;
       rhs[m] = -1;
@@ -504,21 +694,20 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
       } else {
         diisF.clear();
         diisE.clear();
+        diisDots.clear();
       }
     }
     c = fx;
     Diagonalise(n, c, eval);
     pOld = p;
+    // P = 2 C_occ C_occ^T + C_open C_open^T; the open orbitals follow the
+    // doubly occupied ones.
     std::fill(p.begin(), p.end(), 0.0);
-    auto addOrbital = [&](int orb, double occ) {
-      const double* v = &c[static_cast<size_t>(orb) * n];
-      for (int i = 0; i < n; ++i) {
-        const double vi = occ * v[i];
-        for (int j = 0; j < n; ++j) p[i * n + j] += vi * v[j];
-      }
-    };
-    for (int o = 0; o < doubly; ++o) addOrbital(o, 2.0);
-    for (int o : singles) addOrbital(o, 1.0);
+    if (doubly > 0) lapack::dgemm('N', 'T', n, n, doubly, 2.0, c.data(), n, c.data(), n, 0.0, p.data(), n);
+    if (!singles.empty()) {
+      const double* open = &c[static_cast<size_t>(singles.front()) * n];
+      lapack::dgemm('N', 'T', n, n, static_cast<int>(singles.size()), 1.0, open, n, open, n, 1.0, p.data(), n);
+    }
     if (niter <= 2 || (!usedDiis && deltaE > 0)) {
       // damping while DIIS has not taken over
       for (size_t i = 0; i < p.size(); ++i) p[i] = 0.5 * (p[i] + pOld[i]);

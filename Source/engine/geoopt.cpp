@@ -4,8 +4,10 @@
 #include <ostream>
 
 #include "engine/constants.h"
+#include "engine/gradient.h"
 #include "numeric/dfp_minimiser.h"
 #include "io/fortran_io.h"
+#include "model/run_stop.h"
 
 namespace quintor::engine {
 
@@ -14,8 +16,7 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
                     const GeoOptSettings& settings, std::ostream* log, std::ostream* console) {
   GeoOptResult res;
   res.coordinates = coordsAngstrom;
-  // The same words for every method.
-  const char* kHead = " Geometry optimization using MNDO method";
+  const std::string kHead = std::string(" Geometry optimization using ") + MethodName(method) + " method";
   if (console) *console << kHead << '\n';
   if (log) *log << kHead << '\n';
 
@@ -26,6 +27,8 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     if (!r.ok) {
       if (console) *console << r.message << '\n';
       res.message = r.message;
+      res.failed = true;
+      res.exitStatus = exit_status::ReadError;
       return res;
     }
   }
@@ -53,7 +56,9 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
 
   EngineOptions opt = settings.engine;
   opt.printLevel = 0;
+  opt.writeWorkingFiles = false;  // written once, at the optimum
   std::vector<double> density;  // carried from call to call as the SCF start
+  std::vector<double> densityAt;  // the variables at which `density` is converged
   int cycle = 0;
   auto energy = [&](const std::vector<double>& v, bool gradientCall) {
     place(v);
@@ -62,7 +67,10 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     o.startDensity = density.empty() ? nullptr : &density;
     EngineResult r = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, log, o);
     ++res.energyCalls;
-    if (!gradientCall && !r.density.empty()) density = std::move(r.density);
+    if (!gradientCall && !r.density.empty()) {
+      density = std::move(r.density);
+      densityAt = v;
+    }
     return r.heatKcal;
   };
   auto function = [&](const std::vector<double>& v) {
@@ -71,9 +79,28 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     if (console) *console << " Cycle:" << FmtI(cycle, 5) << "   Energy =" << FmtF(e * kKcalToKj, 20, 8) << '\n';
     return e;
   };
+  const bool pairwise = !settings.numericalGradient && multiplicity == 1;
   auto gradient = [&](const std::vector<double>& v, std::vector<double>& g) {
-    std::vector<double> y = v;
     g.assign(v.size(), 0.0);
+    if (pairwise) {
+      // The density of the last energy serves when it was taken here.
+      if (densityAt != v) {
+        place(v);
+        EngineOptions o = opt;
+        o.startDensity = density.empty() ? nullptr : &density;
+        EngineResult r = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, log, o);
+        ++res.energyCalls;
+        if (!r.density.empty()) {
+          density = std::move(r.density);
+          densityAt = v;
+        }
+      }
+      place(v);
+      const auto atoms = FixedDensityGradient(set, atomicNumbers, work, density);
+      for (size_t i = 0; i < vars.size(); ++i) g[i] = atoms[vars[i].first - 1][vars[i].second - 1];
+      return;
+    }
+    std::vector<double> y = v;
     for (size_t i = 0; i < v.size(); ++i) {
       y[i] = v[i] + settings.step;
       const double ep = energy(y, true);
@@ -84,6 +111,19 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     }
   };
 
+  // The start tells whether the engine can compute the structure at all.
+  {
+    place(x);
+    const EngineResult first = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, nullptr, opt);
+    if (!HeatStands(first)) {
+      if (console) *console << first.message << '\n';
+      res.message = first.message;
+      res.failed = true;
+      res.exitStatus = first.exitStatus;
+      return res;
+    }
+  }
+
   DfpSettings ds;
   ds.gradientTolerance = tol[0];
   ds.valueTolerance = tol[1];
@@ -92,6 +132,12 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
   const DfpResult dr = DfpMinimise(x, function, gradient, ds);
   if (!dr.message.empty() && console) *console << ' ' << dr.message << '\n';
   place(x);
+  {
+    EngineOptions last = settings.engine;
+    last.printLevel = 0;
+    last.startDensity = density.empty() ? nullptr : &density;
+    res.spinSquared = EngineRunWith(set, atomicNumbers, work, charge, multiplicity, false, nullptr, last).spinSquared;
+  }
   res.optimised = true;
   res.coordinates = work;
   res.heatKcal = dr.value;

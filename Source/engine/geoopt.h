@@ -1,5 +1,6 @@
 // Geometry optimisation with the engine: energies from EngineRun, gradients
-// by central differences in Cartesian coordinates, and the DFP minimiser.
+// at fixed density pair by pair (numerical for open shells), and the DFP
+// minimiser in Cartesian coordinates.
 #pragma once
 
 #include <array>
@@ -18,7 +19,11 @@ struct GeoOptSettings {
   // largest gradient component (kcal/mol/A), energy change (kcal/mol), step (A).
   std::array<double, 3> tolerances{0, 0, 0};
   int maxIterations = 200;
-  double step = 0.0001;  // finite-difference step, angstrom
+  double step = 0.0001;  // finite-difference step of the numerical gradient, angstrom
+  // The gradient by central differences of whole energies (two SCFs per
+  // coordinate) in place of the pair-wise one at fixed density; open shells
+  // always take it.
+  bool numericalGradient = false;
   // Free coordinates as pairs (atom number from 1, axis 1..3); empty for all.
   std::vector<std::pair<int, int>> variables;
   EngineOptions engine;  // options of each energy call (printing is off)
@@ -33,6 +38,11 @@ struct GeoOptResult {
   int gradientCalls = 0;
   int energyCalls = 0;  // EngineRun calls, gradients included
   std::string message;  // the minimiser's stop message, if any
+  // Set when the engine refused the structure or its parameters: the
+  // engine's message is in `message` and nothing was optimised.
+  bool failed = false;
+  int exitStatus = 0;
+  double spinSquared = 0;  // <S^2> at the optimum (unrestricted)
 };
 
 // `log` receives the log lines, `console` the progress lines (" Cycle: ...")

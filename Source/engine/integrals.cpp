@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "engine/constants.h"
 #include "engine/slater_condon.h"
@@ -110,8 +112,10 @@ Poly AngularPart(int l, int m, const Poly& z, const Poly& rho2) {
 
 }  // namespace
 
-double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m, double r) {
-  const double h = r / 2;
+namespace {
+
+// The integrand's polynomial in xi and eta at half-distance h.
+Poly OverlapPolynomial(int na, int la, int nb, int lb, int m, double h) {
   Poly xiPlusEta, xiMinusEta, zA, zB, rho2;
   xiPlusEta.c[1][0] = h, xiPlusEta.c[0][1] = h;     // r_a
   xiMinusEta.c[1][0] = h, xiMinusEta.c[0][1] = -h;  // r_b
@@ -126,14 +130,47 @@ double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m
   f = Mul(f, Power(rho2, m));
   Poly volume;  // (R/2)^3 (xi^2 - eta^2)
   volume.c[2][0] = h * h * h, volume.c[0][2] = -h * h * h;
-  f = Mul(f, volume);
-  double a[kDeg], b[kDeg];
-  AIntegrals(h * (za + zb), kDeg - 1, a);
-  BIntegrals(h * (za - zb), kDeg - 1, b);
-  double sum = 0;
+  return Mul(f, volume);
+}
+
+// Every factor of the polynomial is homogeneous in h, so it is h^power times
+// its value at h = 1: built once per shell pair and kept, term by term.
+struct OverlapTerms {
+  bool built = false;
+  int power = 0;
+  int maxI = 0, maxJ = 0;                    // highest powers of xi and eta
+  std::vector<std::array<double, 3>> terms;  // i, j, coefficient at h = 1
+};
+
+const OverlapTerms& OverlapTermsOf(int na, int la, int nb, int lb, int m) {
+  thread_local std::array<OverlapTerms, 7 * 3 * 7 * 3 * 3> cache;
+  OverlapTerms& t = cache[(((na * 3 + la) * 7 + nb) * 3 + lb) * 3 + m];
+  if (t.built) return t;
+  const Poly one = OverlapPolynomial(na, la, nb, lb, m, 1.0);
+  const Poly two = OverlapPolynomial(na, la, nb, lb, m, 2.0);
   for (int i = 0; i < kDeg; ++i)
     for (int j = 0; j < kDeg; ++j)
-      if (f.c[i][j] != 0) sum += f.c[i][j] * a[i] * b[j];
+      if (one.c[i][j] != 0) {
+        t.terms.push_back({static_cast<double>(i), static_cast<double>(j), one.c[i][j]});
+        t.maxI = std::max(t.maxI, i);
+        t.maxJ = std::max(t.maxJ, j);
+        t.power = static_cast<int>(std::lround(std::log2(std::abs(two.c[i][j] / one.c[i][j]))));
+      }
+  t.built = true;
+  return t;
+}
+
+}  // namespace
+
+double SlaterOverlap(int na, int la, double za, int nb, int lb, double zb, int m, double r) {
+  const double h = r / 2;
+  const OverlapTerms& f = OverlapTermsOf(na, la, nb, lb, m);
+  double a[kDeg], b[kDeg];
+  AIntegrals(h * (za + zb), f.maxI, a);
+  BIntegrals(h * (za - zb), f.maxJ, b);
+  double sum = 0;
+  for (const auto& t : f.terms) sum += t[2] * a[static_cast<int>(t[0])] * b[static_cast<int>(t[1])];
+  sum *= std::pow(h, f.power);
   const double norm = std::pow(2 * za, na + 0.5) / std::sqrt(Factorial(2 * na)) * std::pow(2 * zb, nb + 0.5) /
                       std::sqrt(Factorial(2 * nb));
   // phi integral: 2 pi for sigma, pi otherwise; the harmonics carry 1/sqrt(pi) each.
@@ -426,17 +463,25 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
     ma[k] = MakeMultipole(k, pa, spA);
     mb[k] = MakeMultipole(k, pb, spB);
   }
-  const int nma = spA ? kMultipoles : 1, nmb = spB ? kMultipoles : 1;
-  double inter[kMultipoles][kMultipoles] = {};
-  for (int i = 0; i < nma; ++i)
-    for (int j = 0; j < nmb; ++j) inter[i][j] = Interaction(ma[i], mb[j], r);
-  // The pi-pi' quadrupoles take the value that keeps the integrals invariant
-  // under rotation about the axis.
-  if (spA && spB) {
-    inter[Qxy][Qxy] = 0.5 * (inter[Qxx][Qxx] - inter[Qxx][Qyy]);
-    inter[Qxy][Qxx] = inter[Qxy][Qyy] = inter[Qxx][Qxy] = inter[Qyy][Qxy] = 0;
-  }
-  BipolarInteractions bipolar(pa, dA, pb, dB, r);
+  // Interactions of multipole pairs, each computed when first needed.
+  double interMemo[kMultipoles][kMultipoles];
+  for (auto& row : interMemo) std::fill(std::begin(row), std::end(row), std::nan(""));
+  auto inter = [&](int i, int j) -> double {
+    double& v = interMemo[i][j];
+    if (!std::isnan(v)) return v;
+    if (i == Qxy && j == Qxy) {
+      // The pi-pi' quadrupoles take the value that keeps the integrals
+      // invariant under rotation about the axis.
+      v = 0.5 * (Interaction(ma[Qxx], mb[Qxx], r) - Interaction(ma[Qxx], mb[Qyy], r));
+    } else if ((i == Qxy && (j == Qxx || j == Qyy)) || (j == Qxy && (i == Qxx || i == Qyy))) {
+      v = 0;
+    } else {
+      v = Interaction(ma[i], mb[j], r);
+    }
+    return v;
+  };
+  std::optional<BipolarInteractions> bipolar;
+  if (dA || dB) bipolar.emplace(pa, dA, pb, dB, r);
   const auto& expansions = BipolarExpansions();
 
   // Local integrals: sp products alone by Dewar-Thiel, any integral with a d
@@ -452,11 +497,11 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
           if (a < 4 && b < 4 && c < 4 && e < 4) {
             const int neb = Expansion(c, e, eb);
             for (int i = 0; i < nea; ++i)
-              for (int j = 0; j < neb; ++j) v += inter[ea[i]][eb[j]];
+              for (int j = 0; j < neb; ++j) v += inter(ea[i], eb[j]);
           } else {
             for (const BipolarTerm& ta : expansions[a * 9 + b])
               for (const BipolarTerm& tb : expansions[c * 9 + e])
-                if (ta.m == tb.m) v += ta.coef * tb.coef * bipolar(ta, tb);
+                if (ta.m == tb.m) v += ta.coef * tb.coef * (*bipolar)(ta, tb);
           }
           loc[((a * na + b) * nb + c) * nb + e] = v * kEv;
         }
@@ -558,12 +603,13 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   const double gab = kEv / std::sqrt(r * r + std::pow(coreRhoA + coreRhoB, 2));
   const double enuc = pa.core * pb.core * gab;
   const double ea_ = std::exp(-pa.alp * rA), eb_ = std::exp(-pb.alp * rA);
-  // MNDO/d gives the bonds of Na, Mg and Al to some partners an exponent of their own.
-  const double pairAlpha = set.method == EngineMethod::MNDOD ? MndoDPairExponent(za, zb) : 0;
+  // Pair-specific terms: MNDO/d's bonds of Na, Mg and Al, and the fitted pairs
+  // of MNDO, AM1 and PM3 (alkali and alkaline-earth metals above all).
+  const PairTerm* pair = FindPairTerm(set.method, za, zb);
   double ecc = 0;
-  if (pairAlpha > 0) {
+  if (pair && set.method == EngineMethod::MNDOD) {
     const bool metalA = za >= 11 && za <= 13, metalB = zb >= 11 && zb <= 13;
-    const double ePair = std::exp(-pairAlpha * rA);
+    const double ePair = std::exp(-pair->alpb * rA);
     double scale = 1;
     if (za == zb) {
       scale += 2 * ePair;
@@ -571,6 +617,8 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
       scale += ePair + (metalA && !(metalB && zb < za) ? eb_ : ea_);
     }
     ecc = enuc * scale;
+  } else if (pair) {
+    ecc = enuc * (1 + 2 * pair->xfac * std::exp(-pair->alpb * rA));
   } else {
     double scale = ea_ + eb_;
     if (za + zb == 8 || za + zb == 9) {  // N-H and O-H in MNDO, AM1 and PM3
@@ -589,7 +637,10 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   const BoronPair* boron = set.method == EngineMethod::AM1 ? Am1BoronPair(za, zb) : nullptr;
   if (boron)
     for (const auto& g : boron->terms) gaussian(g[0], g[1], g[2]);
+  // A fitted pair of MNDO, AM1 or PM3 has no Gaussians of its atoms.
+  const bool pairReplacesGaussians = pair && set.method != EngineMethod::MNDOD && !boron;
   for (const ElementParameters* p : {&pa, &pb}) {
+    if (pairReplacesGaussians) break;
     if (boron && p == (za == 5 ? &pa : &pb)) continue;
     for (int k = 0; k < 4; ++k)
       if (p->gues1[k] != 0) gaussian(p->gues1[k], p->gues2[k], p->gues3[k]);
@@ -598,18 +649,12 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   return out;
 }
 
-double MndoDPairExponent(int za, int zb) {
+const PairTerm* FindPairTerm(EngineMethod method, int za, int zb) {
   if (za < zb) std::swap(za, zb);
-  struct PairExponent {
-    int a, b;
-    double alpha;  // 1/angstrom
-  };
-  static constexpr PairExponent kPairs[] = {{11, 1, 1.05225212}, {11, 6, 1.05225212}, {12, 1, 1.35052992},
-                                            {12, 6, 1.48172071}, {16, 12, 1.48172071}, {13, 1, 1.38788},
-                                            {13, 6, 1.38788},   {13, 13, 1.38788}};
-  for (const PairExponent& p : kPairs)
-    if (p.a == za && p.b == zb) return p.alpha;
-  return 0;
+  if (method == EngineMethod::PM3D) method = EngineMethod::PM3;  // PM3d takes PM3's parameters
+  for (const PairTerm& t : PairTerms())
+    if (t.method == method && t.za == za && t.zb == zb) return &t;
+  return nullptr;
 }
 
 }  // namespace quintor::engine

@@ -36,9 +36,19 @@ const BoronPair* Am1BoronPair(int za, int zb);
 PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
                           const std::array<double, 3>& xb);
 
-// MNDO/d's exponent (1/A) of the core-core term of a pair of elements, for
-// the bonds of Na, Mg and Al it was fitted for; 0 for every other pair.
-double MndoDPairExponent(int za, int zb);
+// A pair-specific core-core term: for MNDO, AM1 and PM3 the repulsion factor
+// of the pair is 1 + 2 XFAC exp(-ALPB R) (R in angstrom), in place of the
+// atoms' own exponentials and Gaussians; for MNDO/d ALPB stands in for an
+// atom's ALP in the bonds of Na, Mg and Al it was fitted for.
+struct PairTerm {
+  EngineMethod method;
+  int za, zb;   // larger nuclear number first
+  double alpb;  // 1/angstrom
+  double xfac;
+};
+const std::vector<PairTerm>& PairTerms();
+// The term of a pair under a method, or null.
+const PairTerm* FindPairTerm(EngineMethod method, int za, int zb);
 
 // One-centre two-electron integrals (ab|cd) of an atom, na^4 values, eV.
 std::vector<double> OneCentreIntegrals(const ElementParameters& p, int na);

@@ -386,3 +386,31 @@ void PrintParameterReport(std::ostream& out, const ParameterSet& set, const std:
 }
 
 }  // namespace quintor::engine
+
+namespace quintor::engine {
+
+bool ReliableParameters(EngineMethod method, int z) {
+  // Elements whose one molecule differs from MOPAC 22 by more than 0.05
+  // kcal/mol under the method (test_engine_elements holds this list): the
+  // noble gases (MOPAC treats their cores in a way of its own, 0.1 kcal/mol
+  // off for He and thousands for Ne-Xe), and cadmium in MNDO, which MOPAC 22
+  // does not parametrise.
+  struct Refused {
+    EngineMethod method;
+    std::vector<int> elements;
+  };
+  static const Refused kRefused[] = {
+      {EngineMethod::MNDO, {2, 10, 18, 36, 48, 54}},
+      {EngineMethod::AM1, {2, 10, 18, 36, 54}},
+      {EngineMethod::PM3, {2, 10, 18, 36, 54}},
+      {EngineMethod::MNDOD, {2, 10}},
+      {EngineMethod::PM3D, {2, 10, 18, 36, 54}},
+  };
+  for (const Refused& r : kRefused)
+    if (r.method == method)
+      for (int e : r.elements)
+        if (e == z) return false;
+  return true;
+}
+
+}  // namespace quintor::engine

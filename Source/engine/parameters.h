@@ -59,6 +59,9 @@ int ValenceNd(int z);
 // Number of atomic orbitals of an element in a method: 1, 4 or 9.
 int OrbitalCount(const ElementParameters& p, bool dOrbitals);
 bool HasParameters(const ElementParameters& p);
+// False for an element whose built-in parameters under the method do not
+// give MOPAC 22's heats (the engine refuses it rather than print a wrong heat).
+bool ReliableParameters(EngineMethod method, int z);
 
 // The keys of the file in the order they are searched for.
 enum class ParameterKey {

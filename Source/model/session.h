@@ -120,6 +120,7 @@ struct Options {
   int engineMethod = 3;               // /ENGINE, menu order: 1 MNDO, 2 AM1, 3 PM3, 4 MNDO/d, 5 PM3d
   bool engineHeat = false;            // /HOF: heat of formation
   bool engineGeoOpt = false;          // /GEOOPT: geometry optimisation
+  bool engineUnrestricted = false;    // /UHF: open shells by unrestricted Hartree-Fock
   bool engineScan = false;            // /SCAN: the potential of each rotation by the engine
   int charge = 0;                     // /CHARGE
   // The normal modes in a batch run, and the replay of a journal.

@@ -20,6 +20,8 @@ using Dsbev = void(const char*, const char*, const int*, const int*, double*, co
 using Dgesv = void(const int*, const int*, double*, const int*, int*, double*, const int*, int*);
 using Dgbsv = void(const int*, const int*, const int*, const int*, double*, const int*, int*, double*, const int*,
                    int*);
+using Dgemm = void(const char*, const char*, const int*, const int*, const int*, const double*, const double*,
+                   const int*, const double*, const int*, const double*, double*, const int*, Len, Len);
 using SetNumThreads = void(int);
 
 struct Library {
@@ -29,6 +31,7 @@ struct Library {
   Dsbev* dsbev = nullptr;
   Dgesv* dgesv = nullptr;
   Dgbsv* dgbsv = nullptr;
+  Dgemm* dgemm = nullptr;
 };
 
 template <class F>
@@ -50,6 +53,7 @@ const Library& Load() {
     lib.dsbev = Symbol<Dsbev>(lib.handle, "dsbev_");
     lib.dgesv = Symbol<Dgesv>(lib.handle, "dgesv_");
     lib.dgbsv = Symbol<Dgbsv>(lib.handle, "dgbsv_");
+    lib.dgemm = Symbol<Dgemm>(lib.handle, "dgemm_");  // from the BLAS that LAPACK loads
     if (auto* setThreads = Symbol<SetNumThreads>(lib.handle, "openblas_set_num_threads")) setThreads(1);
   });
   return lib;
@@ -82,6 +86,11 @@ int dsbev(char jobz, char uplo, int n, int kd, double* ab, int ldab, double* w, 
   int info = 0;
   Routine(&Library::dsbev, "DSBEV")(&jobz, &uplo, &n, &kd, ab, &ldab, w, z, &ldz, work, &info, 1, 1);
   return info;
+}
+
+void dgemm(char transa, char transb, int m, int n, int k, double alpha, const double* a, int lda, const double* b,
+           int ldb, double beta, double* c, int ldc) {
+  Routine(&Library::dgemm, "DGEMM")(&transa, &transb, &m, &n, &k, &alpha, a, &lda, b, &ldb, &beta, c, &ldc, 1, 1);
 }
 
 int dgesv(int n, int nrhs, double* a, int lda, int* ipiv, double* b, int ldb) {

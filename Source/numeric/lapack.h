@@ -20,6 +20,9 @@ int dsyevd(char jobz, char uplo, int n, double* a, int lda, double* w, double* w
            int liwork);
 // Eigenvalues (jobz 'N') of a symmetric band matrix with kd off-diagonals.
 int dsbev(char jobz, char uplo, int n, int kd, double* ab, int ldab, double* w, double* z, int ldz, double* work);
+// BLAS matrix product C = alpha op(A) op(B) + beta C (column-major).
+void dgemm(char transa, char transb, int m, int n, int k, double alpha, const double* a, int lda, const double* b,
+           int ldb, double beta, double* c, int ldc);
 int dgesv(int n, int nrhs, double* a, int lda, int* ipiv, double* b, int ldb);
 int dgbsv(int n, int kl, int ku, int nrhs, double* ab, int ldab, int* ipiv, double* b, int ldb);
 

@@ -5,6 +5,7 @@
 
 #include "engine/engine.h"
 #include "io/fortran_io.h"
+#include "model/run_stop.h"
 #include "numeric/constants.h"
 
 namespace quintor {
@@ -35,8 +36,17 @@ std::vector<std::vector<PotentialPoint>> ScanByEngine(const std::vector<int>& at
   // One parameter set for all the points: the file is read once.
   engine::EngineOptions options;
   options.printLevel = 0;
-  const engine::ParameterSet parameters = engine::LoadParameters(settings.method, options.parameterFile);
+  engine::ParameterSet parameters = engine::BuiltinParameters(settings.method);
+  if (!settings.parameterFile.empty()) {
+    const engine::ParameterFileResult read = engine::ReadParameterFile(settings.parameterFile, parameters);
+    if (!read.ok) {
+      log.Line(read.message);
+      log.Line(" ERROR! The semi-empirical engine could not run");
+      throw RunStop(exit_status::ReadError);
+    }
+  }
   options.workDir = settings.workDir;
+  options.unrestricted = settings.unrestricted;
 
   std::vector<std::vector<PotentialPoint>> scans(groups.size());
   for (size_t r = 0; r < groups.size(); ++r) {
@@ -51,6 +61,7 @@ std::vector<std::vector<PotentialPoint>> ScanByEngine(const std::vector<int>& at
         for (int c = 0; c < 3; ++c) angstrom[i][c] = xyz[i][c] * constants::BohrToAngstrom;
       // Each point starts from the density of the one before: ten degrees away.
       options.startDensity = density;
+      options.writeWorkingFiles = r == 0 && k == 0;  // the run's one set of working files
       std::ostringstream report;
       last = engine::EngineRunWith(parameters, atomicNumbers, angstrom, settings.charge, settings.multiplicity, false,
                                    &report, options);
@@ -60,9 +71,10 @@ std::vector<std::vector<PotentialPoint>> ScanByEngine(const std::vector<int>& at
         energy = last.heatKj - first;
         density = &last.density;
       } else {
-        log.Line(" WARNING! The engine could not compute point" + FmtI(k + 1, 3) + " of internal rotation" +
-                 FmtI(static_cast<long long>(r + 1), 3) + "; its energy is taken as 0");
-        density = nullptr;
+        log.Line(last.message);
+        log.Line(" ERROR! The engine could not compute point" + FmtI(k + 1, 3) + " of internal rotation" +
+                 FmtI(static_cast<long long>(r + 1), 3));
+        throw RunStop(last.exitStatus != 0 ? last.exitStatus : exit_status::Internal);
       }
       scans[r].push_back({k * kStep, energy});
     }

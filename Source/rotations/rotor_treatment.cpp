@@ -419,6 +419,7 @@ void HinderedRotors::Prepare(Session& s) {
     ScanSettings scan;
     scan.method = engine::MethodOfMenu(s.opt.engineMethod);
     scan.charge = s.opt.charge;
+    scan.unrestricted = s.opt.engineUnrestricted;
     scan.multiplicity = s.opt.multiplicity > 0 ? s.opt.multiplicity : engine::DefaultMultiplicity(z, scan.charge);
     scan.workDir = std::filesystem::path(s.files.inputName).parent_path().string();
     const auto scans = ScanByEngine(z, xyz, groups, axes, scan, s.log);
