@@ -9,6 +9,7 @@
 #include "app/run.h"
 #include "engine/engine.h"
 #include "engine/geoopt.h"
+#include "engine/parameters.h"
 
 namespace quintor {
 
@@ -40,6 +41,8 @@ void RunEngineJobs(Session& s) {
   const std::vector<int> z(s.atomicNumber.begin(), s.atomicNumber.begin() + s.nAtoms);
   const int multiplicity = o.multiplicity > 0 ? o.multiplicity : engine::DefaultMultiplicity(z, o.charge);
   const engine::EngineMethod method = engine::MethodOfMenu(o.engineMethod);
+  EngineResults& results = s.engineResults;
+  results.method = engine::MethodName(method);
   engine::EngineOptions options;
   options.printLevel = 0;
   // The working files go beside the input, where the run writes its own.
@@ -55,6 +58,8 @@ void RunEngineJobs(Session& s) {
       if (r.status == engine::EngineStatus::NotConverged) LogLines(s, report.str());
       std::ostringstream out;
       engine::PrintHeatOfFormation(out, method, r.heatKcal);
+      results.heatGiven = true;
+      results.heatKcal = r.heatKcal;
       LogLines(s, out.str());
     }
   }
@@ -62,7 +67,10 @@ void RunEngineJobs(Session& s) {
     engine::GeoOptSettings settings;
     settings.engine = options;
     std::ostringstream log;
-    engine::GeoOpt(method, z, x, o.charge, multiplicity, settings, &log, &s.Console());
+    const engine::GeoOptResult r = engine::GeoOpt(method, z, x, o.charge, multiplicity, settings, &log, &s.Console());
+    results.optimised = r.optimised;
+    results.optimisedHeatKcal = r.heatKcal;
+    for (const auto& p : r.coordinates) results.optimisedXyz.push_back(Vec3{p[0], p[1], p[2]});
     LogLines(s, log.str());
   }
 }

@@ -94,6 +94,16 @@ std::string ScratchLogName() {
   return (dir / ("quintor_" + std::to_string(::getpid()) + ".mou")).string();
 }
 
+// A ".xyz" input with no format flag is an XYZ file: count and title
+// lines, then symbol X Y Z rows.
+void TakeXyzByName(Session& s) {
+  if (s.opt.formatCode != FormatCode::Automatic) return;
+  const std::string name = Upper(Trim(s.files.inputName));
+  if (name.size() < 4 || name.compare(name.size() - 4, 4, ".XYZ") != 0) return;
+  s.opt.formatCode = FormatCode::Nxyz;
+  s.opt.skipLines = 2;
+}
+
 // Start-up up to the read pass. Returns false when the run ended here, with
 // `status` set.
 bool StartUp(Session& s, LineReader& in, int& status) {
@@ -133,7 +143,7 @@ bool StartUp(Session& s, LineReader& in, int& status) {
   s.log.Line(" Output file             :" + std::string(Trim(f.logName)));
   f.baseName = BaseName(f.inputName);
 
-  if (!s.opt.specNameExplicit) f.specName = ReplaceExtension(true, f.inputName, ".tdi");
+  if (!s.opt.specNameExplicit) f.specName = WithExtension(f.inputName, ".tdi");
   if (!Exists(f.specName)) {
     if (s.opt.specNameExplicit)
       s.log.Line(" WARNING!!! Requested specification file not found: " + std::string(Trim(f.specName)));
@@ -210,7 +220,10 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty();
     if (windowed && !frontend->hasDisplay())
       return StopWithMessage(s, " ERROR! No display: use /0 for a batch run", exit_status::NoDisplay);
+    TakeXyzByName(s);
     ReadPass(s, in, [&s] {
+      // A batch run never waits for a key: it ends as the answer Y would.
+      if (s.opt.noGraphics) return false;
       s.Console() << " Exit? ([Y]/N) -->" << std::flush;
       const int key = s.Keyboard().get();
       s.Console() << "\n";
@@ -221,12 +234,18 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     RunEngineJobs(s);
     s.view = StartingView(s.opt);  // under /0 the view is never touched
     if (frontend && !s.opt.snapFile.empty()) {
-      if (!frontend->snapshot(s, s.opt.snapFile))
-        s.Console() << " WARNING! Can not write " << s.opt.snapFile << "\n";
+      if (!frontend->snapshot(s, s.opt.snapFile)) {
+        s.Console() << " ERROR! Can not write " << s.opt.snapFile << "\n";
+        EndRun(s);
+        return exit_status::CanNotWrite;
+      }
     } else if (windowed && frontend->interact(s)) {
       s.opt.doThermo = true;
     }
     return EndRun(s);
+  } catch (const BadOption& e) {
+    asked = true;
+    return StopWithMessage(s, e.what(), exit_status::ReadError);
   } catch (const FatalReadError& e) {
     asked = true;  // also a bad option value
     return StopWithMessage(s, e.what(), exit_status::ReadError);

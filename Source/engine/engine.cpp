@@ -341,7 +341,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     const int z = mol.z[a];
     if (z < 1 || z > kMaxElement || !HasParameters(set.el[z])) {
       res.message = fmt::format(" No {} parameters for element {} ({}).", MethodName(set.method), z,
-                                z >= 1 && z <= kMaxElement ? ElementSymbol(z) : "?");
+                                z >= 1 && z <= kMaxElement ? Trim(ElementSymbol(z)) : std::string_view("?"));
       if (report) *report << res.message << '\n';
       return res;
     }

@@ -275,7 +275,10 @@ bool RunWindows(Session& s) {
 bool SnapView(Session& s, const std::string& pngFile) {
   EnsureQtApplication(true);
   ViewerState v = ViewerFor(s);
-  return RenderView(s, v).save(QString::fromStdString(pngFile), "PNG");
+  // The picture's kind follows the name: JPEG for .jpg and .jpeg, else PNG.
+  const QString name = QString::fromStdString(pngFile);
+  const bool jpeg = name.endsWith(".jpg", Qt::CaseInsensitive) || name.endsWith(".jpeg", Qt::CaseInsensitive);
+  return RenderView(s, v).save(name, jpeg ? "JPEG" : "PNG");
 }
 
 }  // namespace quintor
