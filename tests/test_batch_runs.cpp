@@ -36,7 +36,6 @@ TEST(BatchCommandLine, MistakesStopWithStatusOneAndNameTheOption) {
       {"/TT1e400", "/TT (argument 3)"},
       {"/PP0", "Option /PP (argument 3) needs a pressure in atm above 0"},
       {"/THERMO300-200-0", "Option /THERMO (argument 3)"},
-      {"/C0", "Option /C (argument 3)"},
   };
   TempDir dir;
   const std::string input = dir.File("w.log");
@@ -210,13 +209,19 @@ TEST(LogShapes, TouchingFrequencyColumnsTranslationVectorsAndBadBlocks) {
     EXPECT_EQ(run.s.nAtoms, 3);
   }
   {
-    // A mode block that can not be read: one warning naming its line, the
-    // geometry and energies stand.
-    TextRun run(Replace(log, freqs, " Frequencies --    500.5685              2148.3860              35x8.2576"));
+    // A mode block that can not be read, and a good one after it: one warning
+    // naming its line, and the good block's modes. Alone, it stops the run.
+    const std::string bad = Replace(log, freqs, " Frequencies --    500.5685              2148.3860              35x8.2576");
+    const size_t from = log.find(" Harmonic frequencies"), to = log.find(" - Thermochemistry -");
+    std::string twice = bad;
+    twice.insert(bad.find(" - Thermochemistry -"), log.substr(from, to - from));
+    TextRun run(twice);
     ASSERT_EQ(run.r.status, exit_status::Ok) << run.r.console;
     EXPECT_EQ(CountText(run.r.log, " WARNING! The normal modes at line     2698 can not be read"), 1) << run.r.log;
-    EXPECT_TRUE(run.s.modes.empty());
-    EXPECT_EQ(run.s.nAtoms, 3);
+    ASSERT_EQ(run.s.modes.size(), 9u);
+    EXPECT_DOUBLE_EQ(run.s.modes[8].freq, 3528.2576);
+    TextRun alone(bad);
+    EXPECT_EQ(alone.r.status, exit_status::ReadError);
   }
 }
 

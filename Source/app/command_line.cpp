@@ -280,10 +280,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     case Opt::FX: r.Real(value, o.freqBottom); break;
     case Opt::RX: r.Real(value, o.redMassTop); break;
     case Opt::FP: r.Real(value, o.positiveFreqLimit); break;
-    case Opt::C:
-      r.Int(value, o.maxCycles);
-      RequirePositive(o.maxCycles, r, "a number of cycles above 0");
-      break;
+    case Opt::C: r.Int(value, o.maxCycles); break;
     case Opt::SPEC:
       s.files.specName = Cut(Trim(original), MaxLine);
       o.specNameExplicit = true;

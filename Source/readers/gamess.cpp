@@ -159,17 +159,34 @@ struct GamessReader {
     if (hits & kFrequency) ReadModesOrWarn(line);
   }
 
-  // A mode block that can not be read leaves the modes an earlier block
-  // gave, with one warning naming its line; the rest of the log is read on.
+  // A mode block that can not be read stops the run only when it is the one
+  // the evaluation needs, the last of the log (ThrowBrokenModes at its end);
+  // one that a later block replaces gets a warning naming its line, and the
+  // rest of the log is read on.
+  std::unique_ptr<FatalReadError> brokenModes;
+  long brokenModesLine = 0;
   void ReadModesOrWarn(std::string_view line) {
     const long at = in.LineNumber();
     try {
       ReadModes(line);
+      // Only a whole section replaces a broken one (the column blocks behind
+      // a broken block come here too, and are cut).
+      if (!s.modes.empty()) PassOverBrokenModes();
     } catch (const FatalReadError& e) {
-      s.log.EndLine();
-      s.log.Line(" WARNING! The normal modes at line" + FmtI(at, 9) + " can not be read (" +
-                 std::string(Trim(e.what())) + "); they are left out");
+      PassOverBrokenModes();
+      brokenModes = std::make_unique<FatalReadError>(e);
+      brokenModesLine = at;
     }
+  }
+  void PassOverBrokenModes() {
+    if (!brokenModes) return;
+    s.log.EndLine();
+    s.log.Line(" WARNING! The normal modes at line" + FmtI(brokenModesLine, 9) + " can not be read (" +
+               std::string(Trim(brokenModes->what())) + "); a later block replaces them");
+    brokenModes.reset();
+  }
+  void ThrowBrokenModes() const {
+    if (brokenModes) throw *brokenModes;
   }
 
   // Firefly heads a search point " NSERCH=   3" alone on its line, without
@@ -414,8 +431,9 @@ struct GamessReader {
 
 }  // namespace
 
-LineHandler MakeGamessReader(Session& s, LineReader& in) {
+LineHandler MakeGamessReader(Session& s, LineReader& in, std::function<void()>* finish) {
   auto reader = std::make_shared<GamessReader>(s, in);
+  if (finish) *finish = [reader] { reader->ThrowBrokenModes(); };
   return [reader](std::string_view line) { (*reader)(line); };
 }
 

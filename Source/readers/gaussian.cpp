@@ -475,29 +475,54 @@ struct GaussianReader {
   void ReadModes() {
     if (!s.opt.readFrequencies || s.nAtoms == 0) return;  // no geometry yet: a second pass may read them
     const long at = in.LineNumber();
+    std::string after;
     try {
       std::vector<VibMode> vib;
-      if (!ReadModeBlocks(vib)) return;  // the high-precision block: the ordinary one follows
+      if (!ReadModeBlocks(vib, after)) return;  // the high-precision block: the ordinary one follows
       const int total = 3 * s.nAtoms;
       const int count = static_cast<int>(vib.size());
       if (count == 0 || count > total) throw FatalReadError(PlaceIn(in, "mode count"), "");
-      modeBase = total - count;
-      std::vector<VibMode> modes(static_cast<size_t>(modeBase));
+      // Translations and rotations first: 5 when the log prints 3N-5
+      // vibrations (linear), else 6; a projected job (an IRC point) prints
+      // fewer, and its last slots stay empty and unused.
+      modeBase = count >= total - 5 ? total - count : 6;
+      std::vector<VibMode> modes(static_cast<size_t>(total));
       for (auto& m : modes) {
         m.disp.assign(static_cast<size_t>(s.nAtoms), Vec3{0.0, 0.0, 0.0});
         m.given = false;
       }
-      for (auto& m : vib) modes.push_back(std::move(m));
+      for (size_t k = 0; k < vib.size(); ++k) modes[static_cast<size_t>(modeBase) + k] = std::move(vib[k]);
       s.modes = std::move(modes);
+      PassOverBrokenModes();
     } catch (const FatalReadError& e) {
-      s.log.EndLine();
-      s.log.Line(" WARNING! The normal modes at line" + FmtI(at, 9) + " can not be read (" +
-                 std::string(Trim(e.what())) + "); they are left out");
+      PassOverBrokenModes();
+      brokenModes = std::make_unique<FatalReadError>(e);
+      brokenModesLine = at;
+      Cancel();
     }
+    if (!after.empty()) (*this)(after);
+  }
+
+  // A mode block that can not be read stops the run only when it is the one
+  // the evaluation needs, the last of the log (ThrowBrokenModes at its end);
+  // one that a later block replaces gets a warning naming its line.
+  std::unique_ptr<FatalReadError> brokenModes;
+  long brokenModesLine = 0;
+  void PassOverBrokenModes() {
+    if (!brokenModes) return;
+    s.log.EndLine();
+    s.log.Line(" WARNING! The normal modes at line" + FmtI(brokenModesLine, 9) + " can not be read (" +
+               std::string(Trim(brokenModes->what())) + "); a later block replaces them");
+    brokenModes.reset();
+  }
+  void ThrowBrokenModes() const {
+    if (brokenModes) throw *brokenModes;
   }
 
   // Reads the column blocks into `vib`; false for a high-precision block.
-  bool ReadModeBlocks(std::vector<VibMode>& vib) {
+  // `after` is the line behind the last block, which heads no further block:
+  // the pass has not seen it yet.
+  bool ReadModeBlocks(std::vector<VibMode>& vib, std::string& after) {
     const size_t un = static_cast<size_t>(s.nAtoms);
     std::string_view line;
     int cols = 0;
@@ -523,8 +548,7 @@ struct GaussianReader {
           break;
         }
         if (IsHighPrecisionRow(line)) return false;
-        if (!Contains(line, "--")) {
-          if (rows != 0) break;  // the block ends before its displacements
+        if (rows == 0 && !Contains(line, "--")) {
           const auto labels = FreeFormItems(line);  // the symmetries of the modes
           if (static_cast<int>(labels.size()) == cols)
             for (int k = 0; k < cols; ++k) vib[first + static_cast<size_t>(k)].symmetry = labels[static_cast<size_t>(k)];
@@ -563,6 +587,7 @@ struct GaussianReader {
       // The next block's mode numbers, or the end of the section.
       if (!in.Next(line)) break;
       cols = ModeNumbers(line);
+      if (cols == 0) after = line;
     }
     return true;
   }
@@ -679,8 +704,8 @@ void ReadGaussianLog(Session& s, LineReader& in) {
   std::string_view line;
   while (in.Next(line)) reader(line);
   reader.TakeFinalEnergy();
-  if (s.coordsFound || s.opt.orientation != Orientation::Standard) return;  // /I and /Z are kept
-  if (!reader.inputSeen && !reader.zMatrixSeen) return;
+  if (s.coordsFound || s.opt.orientation != Orientation::Standard) return reader.ThrowBrokenModes();  // /I and /Z are kept
+  if (!reader.inputSeen && !reader.zMatrixSeen) return reader.ThrowBrokenModes();
 
   // No standard orientation in the whole file (nosymm, or a Z-matrix job):
   // read it again by the orientation that stands, Input before Z-Matrix.
@@ -696,6 +721,7 @@ void ReadGaussianLog(Session& s, LineReader& in) {
   GaussianReader again(s, in, true);
   while (in.Next(line)) again(line);
   again.TakeFinalEnergy();
+  again.ThrowBrokenModes();
 }
 
 }  // namespace quintor

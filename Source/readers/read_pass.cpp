@@ -85,8 +85,8 @@ void AnnounceOrientation(Session& s) {
   else if (s.opt.orientation == Orientation::ZMatrix) s.log.Line(" Z-matrix orientation will be used");
 }
 
-LineHandler MakeLineHandler(Session& s, LineReader& in, FormatCode code) {
-  if (IsGamessLog(code)) return MakeGamessReader(s, in);
+LineHandler MakeLineHandler(Session& s, LineReader& in, FormatCode code, std::function<void()>* finish) {
+  if (IsGamessLog(code)) return MakeGamessReader(s, in, finish);
   return {};
 }
 
@@ -185,10 +185,12 @@ void ReadPass(Session& s, LineReader& in, const GoOnWithoutCoordinates& goOn) {
   } else if (code != FC::Automatic && !IsLineDriven(code)) {
     RunTakeOverReader(s, in, code);  // its first message completes the format line
   } else if (code != FC::Automatic) {
-    LineHandler handler = MakeLineHandler(s, in, code);
+    std::function<void()> finish;
+    LineHandler handler = MakeLineHandler(s, in, code, &finish);
     std::string_view line;
     // CFOUR has no reader: its first line after the banner ends the pass.
     while (code != FC::Cfour && in.Next(line)) handler(line);
+    if (finish) finish();
   }
   FinishReadPass(s, goOn);
 }
