@@ -73,6 +73,20 @@ TEST(BatchCommandLine, ABadOptionBeforeCsvStillLeavesItsRow) {
   EXPECT_NE(rows.find("w.log,"), std::string::npos) << rows;
 }
 
+TEST(BatchCommandLine, PicturesAreJpegByNameAndAFailedOneFails) {
+  SKIP_WITHOUT_TESTDATA();
+  if (!fs::exists(fs::path(QUINTOR_EXE).parent_path() / "quintor-gui")) GTEST_SKIP() << "built without the windows";
+  TempDir dir;
+  const std::string input = dir.File("w.log");
+  fs::copy_file(TestData("gaussian16/water_opt_freq.log"), input);
+  EXPECT_EQ(RunExe({input, "/0", "/SNAP@" + dir.File("no/such/folder/p.png")}).status, exit_status::CanNotWrite);
+  ASSERT_EQ(RunExe({input, "/0", "/SNAP@" + dir.File("p.jpg")}).status, exit_status::Ok);
+  const std::string jpeg = ReadFile(dir.File("p.jpg"));
+  ASSERT_GE(jpeg.size(), 2u);
+  EXPECT_EQ(static_cast<unsigned char>(jpeg[0]), 0xFF);  // the JPEG start-of-image marker
+  EXPECT_EQ(static_cast<unsigned char>(jpeg[1]), 0xD8);
+}
+
 TEST(BatchCommandLine, BatchRunNeverReadsTheKeyboard) {
   TempDir dir;
   const std::string input = dir.Write("plain.txt", " no coordinates here\n");
