@@ -270,6 +270,38 @@ TEST(BatchResults, SumsMeetGaussians) {
   }
 }
 
+// What a script needs stands in the JSON: conditions, the molecule's
+// charge and multiplicity, each step's geometry, each mode's symmetry,
+// intensity and displacements, the imaginary frequencies, the composite
+// energies, the engine's result and every warning.
+TEST(BatchResults, JsonIsCompleteEnoughForAScript) {
+  SKIP_WITHOUT_TESTDATA();
+  LogRun run(TestData("more/g03_ethyl_cbsqb3.out"), {"/JSON", "/HOF"});
+  ASSERT_EQ(run.r.status, exit_status::Ok);
+  const json j = json::parse(ReadFile(fs::path(run.copy).replace_extension(".json")));
+  EXPECT_EQ(j["conditions"]["temperature_K"], 298.15);
+  EXPECT_EQ(j["conditions"]["pressure_atm"], 1.0);
+  EXPECT_EQ(j["conditions"]["charge"], 0);
+  EXPECT_EQ(j["conditions"]["multiplicity"], 2);  // the ethyl radical
+  ASSERT_EQ(j["coordinate_sets"].size(), static_cast<size_t>(run.s.iCyc + 1));
+  EXPECT_EQ(j["coordinate_sets"].back()["xyz"][0], j["atoms"][0]["xyz"]);
+  EXPECT_EQ(j["imaginary_frequencies"], json::array({-114.6276}));
+  const json& first = j["modes"][6];  // the first vibration, after six slots
+  EXPECT_EQ(first["symmetry"], "A");
+  EXPECT_EQ(first["ir_intensity"], 4.577);
+  EXPECT_TRUE(first["raman_activity"].is_null());
+  ASSERT_EQ(first["displacements"].size(), 7u);
+  EXPECT_EQ(first["displacements"][0], json::array({0.0, 0.03, 0.0}));
+  // The summary "CBS-QB3 Enthalpy= -78.967428 CBS-QB3 Free Energy= -78.995019".
+  EXPECT_EQ(j["energy"]["composite"]["method"], "CBS-QB3");
+  EXPECT_EQ(j["energy"]["composite"]["E0"], -78.97165);
+  EXPECT_EQ(j["energy"]["composite"]["G"], -78.995019);
+  EXPECT_EQ(j["engine"]["method"], "PM3");
+  EXPECT_TRUE(j["engine"]["heat_of_formation_kcal"].is_number());
+  ASSERT_EQ(j["warnings"].size(), 1u);
+  EXPECT_EQ(j["warnings"][0], " WARNING! No Standard orientation in the file: Input orientation is used");
+}
+
 // The CSV row carries the JSON's numbers, each in its own column.
 TEST(BatchResults, CsvNumbersAreTheJsons) {
   SKIP_WITHOUT_TESTDATA();
