@@ -236,8 +236,9 @@ json ThermochemistryJson(const Session& s) {
       {"electronic", Contribution(r.elec)},
       {"translational", Contribution(r.tran)},
       {"rotational", Contribution(r.rot)},
-      {"vibrational", Contribution(r.vib)},
-      {"total", Contribution(r.tot)},
+      // Without frequencies the totals would look plausible and be wrong.
+      {"vibrational", c ? Contribution(r.vib) : json(nullptr)},
+      {"total", c ? Contribution(r.tot) : json(nullptr)},
       {"E", OrNull(e.final.e, e.final.given)},
       {"ZPE_hartree", OrNull(e.zpe, c)},
       {"H_hartree", OrNull(e.h, c)},
@@ -302,7 +303,7 @@ std::string ResultsJson(const Session& s, int status) {
   j["symmetry"] = {{"point_group", s.pointGroup}, {"sigma", s.opt.rotationNumber}};
   j["thermochemistry"] = ThermochemistryJson(s);
   const ThermoReport& r = s.thermo.report;
-  j["temperature_tables"] = r.evaluated ? json{{"fixed", Table(r.fixedTable)}, {"requested", Table(r.requestedTable)}}
+  j["temperature_tables"] = r.evaluated && HasVibrations(s) ? json{{"fixed", Table(r.fixedTable)}, {"requested", Table(r.requestedTable)}}
                                         : json(nullptr);
   j["engine"] = EngineJson(s);
   j["warnings"] = WarningsOf(s);
@@ -337,7 +338,7 @@ std::string CsvRow(const Session& s, int status) {
   row += CsvNumber(e.zpe, e.corrections, 10) + ",";
   row += CsvNumber(e.final.e + e.h, sums, 10) + ",";
   row += CsvNumber(e.final.e + e.g, sums, 10) + ",";
-  row += CsvNumber(r.tot.s, r.evaluated, 4) + "," + CsvNumber(r.tot.cv, r.evaluated, 4) + ",";
+  row += CsvNumber(r.tot.s, e.corrections, 4) + "," + CsvNumber(r.tot.cv, e.corrections, 4) + ",";
   const std::vector<std::string> warnings = WarningsOf(s);
   row += CsvField(s.pointGroup) + "," + fmt::format("{:g}", s.opt.rotationNumber) + "," + std::to_string(s.nImag) +
          "," + std::to_string(status) + "," + CsvField(Trim(FirstWarningOf(warnings))) + "," +
