@@ -22,6 +22,8 @@
 
 #include "engine/engine.h"
 #include "engine/geoopt.h"
+#include "engine/parameters.h"
+#include "io/fortran_io.h"
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
@@ -46,7 +48,8 @@ bool ReadXyz(const std::string& path, Geometry& g) {
     std::array<double, 3> x{};
     if (!(in >> sym >> x[0] >> x[1] >> x[2])) return false;
     for (int z = 1; z <= kMaxElement; ++z)
-      if (sym == ElementSymbol(z)) g.z.push_back(z);
+      if (sym == quintor::Trim(quintor::ElementSymbol(z))) g.z.push_back(z);
+    g.symbols.push_back(sym);
     g.x.push_back(x);
   }
   return static_cast<int>(g.z.size()) == n;

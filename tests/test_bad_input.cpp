@@ -52,7 +52,7 @@ TEST(BadInput, EmptyGarbageAndOneHugeLine) {
   std::string huge(1 << 20, 'x');  // a 1 MB line without a line end
   ExeResult line = RunChecked({dir.Write("huge.log", huge), "/0"});
   EXPECT_EQ(line.status, 4);
-  ExeResult forced = RunChecked({dir.Write("huge.xyz", "C " + huge), "/X", "/0"});
+  ExeResult forced = RunChecked({dir.Write("huge.xyz", "C " + huge), "/X0", "/0"});
   EXPECT_EQ(forced.status, 1);
   EXPECT_TRUE(Has(forced, "FATAL READ ERROR in file")) << forced.output;
 }
@@ -123,7 +123,7 @@ TEST(BadInput, UnreadableNumbersInSpecAndConfigFilesAndOptions) {
   TempDir dir;
   std::string input = dir.Write("mol.xyz", "O 0 0 0.12\nH 0 0.76 -0.47\nH 0 -0.76 -0.47\n");
   dir.Write("mol.tdi", "TT=300\nSCALE=0.9x\n");
-  ExeResult spec = RunChecked({input, "/X", "/0"});
+  ExeResult spec = RunChecked({input, "/X0", "/0"});
   EXPECT_EQ(spec.status, 1);
   EXPECT_TRUE(Has(spec, "FATAL READ ERROR in file " + dir.File("mol.tdi") + ", line 2")) << spec.output;
   EXPECT_TRUE(ReadFile(dir.File("mol.mou")).find(" Specification file      :") != std::string::npos);
@@ -131,14 +131,14 @@ TEST(BadInput, UnreadableNumbersInSpecAndConfigFilesAndOptions) {
 
   dir.Write("Quintor.cfg", "[DEFAULT]\nSkipLinesAfterLabel = two\n[END]\n");
   ::setenv("QUINTOR", dir.path.c_str(), 1);
-  ExeResult config = RunChecked({input, "/X", "/0"});
+  ExeResult config = RunChecked({input, "/X0", "/0"});
   ::unsetenv("QUINTOR");
   EXPECT_EQ(config.status, 1);
   EXPECT_TRUE(Has(config, "Quintor.cfg")) << config.output;
 
   for (const char* option : {"/TT3OO", "/PP1.0.0", "/C1e", "/ROTthree", "/MULTx", "/THERMO1-a-3", "/V1:b:3",
                              "/SCALE,", "/NXYZa@L", "/PRECx.y", "/HBlong", "/FXlow", "/IRMCmany"}) {
-    ExeResult r = RunChecked({input, "/X", "/0", option});
+    ExeResult r = RunChecked({input, "/X0", "/0", option});
     EXPECT_EQ(r.status, 1) << option << r.output;
     EXPECT_TRUE(Has(r, "FATAL READ ERROR")) << option << r.output;
   }
@@ -162,13 +162,13 @@ TEST(BadInput, MoreAtomsThanTheLimit) {
   TempDir dir;
   std::string xyz;
   for (int i = 0; i < 1911; ++i) xyz += "C " + std::to_string(i * 1.6) + " 0 0\n";
-  ExeResult r = RunChecked({dir.Write("big.xyz", xyz), "/X", "/0"});
+  ExeResult r = RunChecked({dir.Write("big.xyz", xyz), "/X0", "/0"});
   EXPECT_EQ(r.status, 2);
   EXPECT_TRUE(Has(r, " Maximum number of atoms exceeded!\n"
                      " At the current build, the maximum number of atoms set to 1910.  Sorry..."));
   // 1910 atoms are read.
   xyz.resize(xyz.rfind("C "));
-  EXPECT_EQ(RunChecked({dir.Write("limit.xyz", xyz), "/X", "/0"}).status, 0);
+  EXPECT_EQ(RunChecked({dir.Write("limit.xyz", xyz), "/X0", "/0"}).status, 0);
 }
 
 TEST(BadInput, NoWrittenFileCanBeTheInput) {

@@ -20,16 +20,17 @@ Options Parse(const std::vector<std::string>& args, RunFiles* files = nullptr) {
 
 TEST(CommandLine, FirstArgumentIsTheInputUnlessOrientation) {
   RunFiles f;
-  EXPECT_EQ(Parse({"Water.LOG", "/X"}, &f).skipLines, 0);  // /X without N skips nothing
+  EXPECT_EQ(Parse({"Water.LOG", "/X"}, &f).skipLines, 2);  // /X without N skips count and title
   EXPECT_EQ(f.inputName, "Water.LOG");                     // taken whole, in its own case
   // prog /I file.log: /I sets the orientation, file.log is an unknown option.
   EXPECT_EQ(Parse({"/I", "file.log"}, &f).orientation, Orientation::Input);
   EXPECT_EQ(f.inputName, "");
   EXPECT_EQ(Parse({"x.log", "/z "}).orientation, Orientation::ZMatrix);
-  // Any other option in the first place is a file name; unknown words are ignored.
+  // Any other option in the first place is a file name; plain words behind it are ignored.
   EXPECT_EQ(Parse({"/G98"}, &f).formatCode, FormatCode::Automatic);
   EXPECT_EQ(f.inputName, "/G98");
-  EXPECT_EQ(Parse({"x.log", "/WHATEVER", "plain"}).formatCode, FormatCode::Automatic);
+  EXPECT_EQ(Parse({"x.log", "plain"}).formatCode, FormatCode::Automatic);
+  EXPECT_THROW(Parse({"x.log", "/WHATEVER"}), BadOption);
   EXPECT_EQ(Parse({"x", "/@My.tdi"}, &f).specNameExplicit, true);
   EXPECT_EQ(f.specName, "My.tdi");
 }
@@ -140,7 +141,9 @@ TEST(OutputNames, ExtensionsAndBaseNames) {
   EXPECT_EQ(ReplaceExtension(false, "water", ".tdi"), "water");
   EXPECT_EQ(ReplaceExtension(true, "/home/u/run.d/water", ".mou"), "/home/u/run.d/water.mou");
   EXPECT_EQ(DerivedName("x.mou", ".mou"), "x.mou1");  // never the input itself
-  EXPECT_EQ(DerivedName("x.mouse", ".mou"), "x.mouse1");
+  EXPECT_EQ(DerivedName("x.mouse", ".mou"), "x.mou");  // the whole extension goes
+  EXPECT_EQ(DerivedName("w.gamout", ".json"), "w.json");
+  EXPECT_EQ(WithExtension("/home/u/run.d/water", ".tdi"), "/home/u/run.d/water.tdi");
   EXPECT_EQ(DerivedName("x.log", ".mou"), "x.mou");
   EXPECT_EQ(BaseName("a.b.c"), "a");
   EXPECT_EQ(BaseName(".hidden"), "");  // the dot must stand at position 2 or later

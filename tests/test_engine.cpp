@@ -14,6 +14,7 @@
 #include "engine/geoopt.h"
 #include "engine/gradient.h"
 #include "engine/parameters.h"
+#include "io/fortran_io.h"
 #include "test_support.h"
 
 namespace fs = std::filesystem;
@@ -43,7 +44,7 @@ Geometry ReadXyz(const std::string& name) {
     std::array<double, 3> x{};
     in >> sym >> x[0] >> x[1] >> x[2];
     for (int z = 1; z <= kMaxElement; ++z)
-      if (sym == ElementSymbol(z)) g.z.push_back(z);
+      if (sym == quintor::Trim(quintor::ElementSymbol(z))) g.z.push_back(z);
     g.x.push_back(x);
   }
   return g;

@@ -110,7 +110,7 @@ TEST(PlainXyz, BadNumbersAreFatalReadErrorsWithTheirPlace) {
     EXPECT_EQ(e.Where().field, "Y coordinate");
     EXPECT_EQ(e.Text(), "0.7x");
   }
-  RunResult r = RunInProcess({path, "/X", "/0"});
+  RunResult r = RunInProcess({path, "/X0", "/0"});
   EXPECT_EQ(r.status, exit_status::ReadError);
   EXPECT_NE(r.console.find("FATAL READ ERROR"), std::string::npos) << r.console;
 }

@@ -218,7 +218,7 @@ TEST(OwnLog, ALogWrittenByARunReadsBackToThePrintedDigits) {
                               "H   -0.4511111111  -0.6222222222   0.0003333333\n"
                               "H   -0.5666666666   2.1077777777   0.0004444444\n");
   Session first;
-  RunResult written = RunInProcess(first, {xyz, "/X", "/0"});
+  RunResult written = RunInProcess(first, {xyz, "/X0", "/0"});  // no count and title lines
   ASSERT_EQ(written.status, 0) << written.console;
   std::vector<PrintedAtom> printed = LastViewTable(written.log);
   ASSERT_EQ(printed.size(), 5u);

@@ -182,7 +182,7 @@ TEST(FinishingStage, MassesNamesAndCycleTable) {
   EXPECT_EQ(s.Set(2).energy, 0.0);
   EXPECT_EQ(s.Set(0).grms, 999999.0);
   EXPECT_NE(log.find("\n\n        ************ READING FROM INPUT FILE IS FINISHED ************\n"
-                     " Coordinate sets found:    2    Energies and gradients at each cycles:\n"
+                     " Coordinate sets found:    3    Energies and gradients at each cycles:\n"
                      " Step          Energy                     GMax                Grms\n" +
                      std::string(70, '-') + "\n"
                      "    0           -76.1000000000            0.010000       999999.000000\n"),

@@ -91,7 +91,7 @@ TEST(RunStartUp, MissingInputInAWindowedRunOffersANewStructure) {
 TEST(RunStartUp, HeadOfTheMainLog) {
   TempDir dir;
   std::string input = dir.Write("mol.log", kGaussian98);
-  auto r = RunInProcess({input, "/0", "/ORIENT3-1-2"}, "n");
+  auto r = RunInProcess({input, "/ORIENT3-1-2"}, "n");
   EXPECT_EQ(r.status, exit_status::Ok);
   const std::string& log = r.log;
   EXPECT_EQ(log.find(std::string(13, ' ') + std::string(55, '*') + "\n"), 0u);
@@ -115,11 +115,11 @@ TEST(RunStartUp, HeadOfTheMainLog) {
 TEST(RunStartUp, SpecificationFileLines) {
   TempDir dir;
   std::string input = dir.Write("mol.log", kGaussian98);
-  auto r = RunInProcess({input, "/0", "/@" + dir.File("Missing.tdi")}, "n");
+  auto r = RunInProcess({input, "/@" + dir.File("Missing.tdi")}, "n");
   EXPECT_NE(r.log.find(" WARNING!!! Requested specification file not found: " + dir.File("Missing.tdi") + "\n"),
             std::string::npos);
   dir.Write("mol.tdi", "TT=300\n");
-  r = RunInProcess({input, "/0"}, "n");
+  r = RunInProcess({input}, "n");
   EXPECT_NE(r.log.find(" Specification file      :" + dir.File("mol.tdi") + "\n"), std::string::npos);
 }
 
@@ -128,17 +128,17 @@ TEST(RunStartUp, HomeDirectoryAndFragmentDatabase) {
   TempDir dir;
   std::string input = dir.Write("mol.log", kGaussian98);
   ::setenv("QUINTOR", home.path.c_str(), 1);
-  auto r = RunInProcess({input, "/0"}, "n");
+  auto r = RunInProcess({input}, "n");
   EXPECT_NE(r.log.find(" Quintor home directory  :" + home.path.string() + "/\n"), std::string::npos);
   EXPECT_NE(r.log.find(" Fragment database       :" + home.path.string() + "/Quintor.fdb\n"), std::string::npos);
   EXPECT_NE(r.console.find(" Cannot find Fragment Database in the Quintor home directory: "), std::string::npos);
   EXPECT_NE(r.console.find("\n New file will be created: "), std::string::npos);
   home.Write("Quintor.fdb", "");
-  r = RunInProcess({input, "/0"}, "n");
+  r = RunInProcess({input}, "n");
   EXPECT_EQ(r.console.find("Cannot find Fragment Database"), std::string::npos);
   ::unsetenv("QUINTOR");
   ::setenv("Quintor", home.path.c_str(), 1);  // the spelling of the Windows program
-  r = RunInProcess({input, "/0"}, "n");
+  r = RunInProcess({input}, "n");
   EXPECT_NE(r.log.find(" Quintor home directory  :" + home.path.string() + "/\n"), std::string::npos);
   ::unsetenv("Quintor");
 }
@@ -152,7 +152,7 @@ TEST(NoCoordinates, QuestionAndAnswers) {
       " Exit? ([Y]/N) -->";
   // End of input, Enter, Y or any other key ends the run.
   for (std::string keys : {"", "\n", "Y", "q"}) {
-    auto r = RunInProcess({input, "/0"}, keys);
+    auto r = RunInProcess({input}, keys);
     EXPECT_EQ(r.status, exit_status::NoCoordinates) << "keys '" << keys << "'";
     EXPECT_NE(r.console.find(question), std::string::npos);
     // The MainLog keeps its head, with the open format line ended.
@@ -161,7 +161,7 @@ TEST(NoCoordinates, QuestionAndAnswers) {
   }
   // N or n goes on with an empty molecule and ends through the normal end.
   for (std::string keys : {"N", "n"}) {
-    auto r = RunInProcess({input, "/0"}, keys);
+    auto r = RunInProcess({input}, keys);
     EXPECT_EQ(r.status, exit_status::Ok);
     EXPECT_NE(r.log.find("READING FROM INPUT FILE IS FINISHED"), std::string::npos);
     EXPECT_NE(r.log.find(" Coordinate sets found:    0"), std::string::npos);
@@ -182,14 +182,14 @@ TEST(OutputNames, RunOnItsOwnLogWritesBesideIt) {
   TempDir dir;
   const std::string content = kGaussian98;
   std::string input = dir.Write("x.mou", content);
-  auto r = RunInProcess({input, "/0"}, "n");
+  auto r = RunInProcess({input}, "n");
   EXPECT_EQ(r.status, exit_status::Ok);
   EXPECT_EQ(ReadFile(input), content);  // never written
   EXPECT_TRUE(fs::exists(dir.File("x.mou1")));
   // a.b.c logs to a.b.mou
   std::string abc = dir.Write("a.b.c", content);
   Session s;
-  RunInProcess(s, {abc, "/0"}, "n");
+  RunInProcess(s, {abc}, "n");
   EXPECT_EQ(s.files.logName, dir.File("a.b.mou"));
   EXPECT_EQ(s.files.baseName, dir.File("a"));
   EXPECT_EQ(s.files.tdoName, dir.File("a.b.tdo"));
@@ -200,7 +200,7 @@ TEST(OutputNames, NoLogKeepsNoFile) {
   TempDir dir;
   std::string input = dir.Write("mol.log", kGaussian98);
   Session s;
-  auto r = RunInProcess(s, {input, "/0", "/NOLOG"}, "n");
+  auto r = RunInProcess(s, {input, "/NOLOG"}, "n");
   EXPECT_EQ(r.status, exit_status::Ok);
   EXPECT_FALSE(fs::exists(dir.File("mol.mou")));
   EXPECT_FALSE(s.files.scratchLog.empty());
@@ -219,7 +219,7 @@ TEST(ExitStatus, SeparateProcessNeverDiesOnASignal) {
   const std::vector<Case> cases = {
       {{"--help"}, "", 0, "/c<N> - set maximum number of cycles (geometries) to N (defailt N=300)"},
       {{"--version"}, "", 0, "QUINTOR v.2.5 (build number 2155)"},
-      {{input, "/0"}, "n", exit_status::Ok, ""},
+      {{input, "/0"}, "n", exit_status::NoCoordinates, ""},  // a batch run never reads the key
       {{dir.File("none.log"), "/0"}, "", exit_status::NoInput, "does not exist."},
       {{input, "/0", "/TTwarm"}, "", exit_status::ReadError, "option /TT"},
       {{input, "/0", "/C1x"}, "", exit_status::ReadError, "\"1X\""},

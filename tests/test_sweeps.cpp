@@ -149,7 +149,7 @@ TEST(Results, JsonHoldsTheRunAsTheMainLogDoes) {
   LogRun run(TestData("gaussian16/water_opt_freq.log"), {"/JSON", "/THERMO300-400-50"});
   ASSERT_EQ(run.r.status, exit_status::Ok);
   const auto j = nlohmann::json::parse(ReadFile(run.dir.path / "water_opt_freq.json"));
-  EXPECT_EQ(j["input"]["format"], "Gaussian 09");
+  EXPECT_EQ(j["input"]["format"], "Gaussian 16");
   EXPECT_EQ(j["exit_status"], 0);
   ASSERT_EQ(j["atoms"].size(), 3u);
   EXPECT_EQ(j["atoms"][0]["symbol"], "O");
@@ -158,7 +158,9 @@ TEST(Results, JsonHoldsTheRunAsTheMainLogDoes) {
   EXPECT_EQ(j["coordinate_sets"].size(), static_cast<size_t>(run.s.iCyc + 1));
   const auto& t = j["thermochemistry"];
   EXPECT_NEAR(t["total"]["S"].get<double>(), Value(run.r.log, " Stot ="), 0.0005);
-  EXPECT_NEAR(t["E+G"].get<double>(), Value(run.r.log, " Etot+Gtot   ="), 5e-9);
+  // G in kJ/mol as the MainLog prints it, in Hartree by CODATA 2018.
+  EXPECT_NEAR(t["G_hartree"].get<double>() * 2625.4996, Value(run.r.log, " Gtot ="), 0.0005);
+  EXPECT_NEAR(t["E+G"].get<double>(), t["E"].get<double>() + t["G_hartree"].get<double>(), 1e-12);
   EXPECT_EQ(j["temperature_tables"]["fixed"].size(), 50u);
   ASSERT_EQ(j["temperature_tables"]["requested"].size(), 3u);
   EXPECT_EQ(j["temperature_tables"]["requested"][2]["T"], 400.0);
@@ -184,7 +186,7 @@ TEST(Results, EightRunsAppendEightWholeRowsToOneCsv) {
   for (size_t k = 1; k < lines.size(); ++k) {
     EXPECT_EQ(std::count(lines[k].begin(), lines[k].end(), ','), std::count(lines[0].begin(), lines[0].end(), ','))
         << lines[k];
-    EXPECT_NE(lines[k].find(",Gaussian 09,H2O,3,"), std::string::npos) << lines[k];
+    EXPECT_NE(lines[k].find(",Gaussian 16,H2O,3,"), std::string::npos) << lines[k];
     EXPECT_NE(lines[k].find(",C2v,2,0,0,"), std::string::npos) << lines[k];
   }
   // A run that stops still gets its row, with its status.

@@ -173,7 +173,7 @@ TEST(SpecFile, ReadAtStartUpBeforeTheLog) {
   dir.Write("mol.tdi", "TT=400\nNEWAMASS\n2.0\n");
   std::string input = dir.Write("mol.log", " nothing\n");
   Session s;
-  auto r = RunInProcess(s, {input, "/0", "/TT300"}, "n");
+  auto r = RunInProcess(s, {input, "/TT300"}, "n");
   EXPECT_EQ(r.status, 0);
   EXPECT_DOUBLE_EQ(s.opt.temperature, 400.0);  // the SpecFile is read after the command line
   EXPECT_TRUE(s.specMassGiven);

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
+#include <cmath>
+#include <exception>
+#include <filesystem>
 
 #include <fmt/format.h>
 
@@ -108,6 +112,94 @@ void GxyzOption(Session& s, std::string_view value, const ValueReader& r) {
   s.opt.formatCode = FormatCode::Gxyz;
 }
 
+// Options that take no value: text behind them is a mistake (/TS400).
+bool TakesNoValue(Opt opt) {
+  switch (opt) {
+    case Opt::TS: case Opt::AU: case Opt::BOHR: case Opt::NM: case Opt::ARIR: case Opt::A: case Opt::GAM4:
+    case Opt::GAM5: case Opt::GAM7: case Opt::GAMUS: case Opt::G94: case Opt::G98: case Opt::G03: case Opt::G09:
+    case Opt::PRIR: case Opt::CFOUR: case Opt::NOSYM: case Opt::NOLOG: case Opt::NOE: case Opt::RAMAN:
+    case Opt::NOGRAPHICS: case Opt::JSON: case Opt::HOF: case Opt::GEOOPT: case Opt::SCAN: case Opt::UHF:
+    case Opt::NROTPRODUCT: case Opt::SCALEAUTO:
+      return true;
+    default:
+      return false;
+  }
+}
+
+size_t EditDistance(std::string_view a, std::string_view b) {
+  std::vector<size_t> row(b.size() + 1);
+  for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    size_t diagonal = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= b.size(); ++j) {
+      const size_t up = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+      diagonal = up;
+    }
+  }
+  return row[b.size()];
+}
+
+// The known option nearest to a mistyped one, by the letters before its
+// value: /T400 gives /TT, --foo gives /FP.
+std::string_view NearestOption(std::string_view upper) {
+  while (!upper.empty() && (upper.front() == '/' || upper.front() == '-')) upper.remove_prefix(1);
+  size_t end = 0;
+  while (end < upper.size() && (std::isalpha(static_cast<unsigned char>(upper[end])) ||
+                                (end > 0 && std::isdigit(static_cast<unsigned char>(upper[end])) &&
+                                 !std::isalpha(static_cast<unsigned char>(upper[end - 1])))))
+    ++end;
+  if (end == 0 && !upper.empty()) end = 1;
+  const std::string_view key = upper.substr(0, end);
+  // An option that begins with the letters typed comes first (/T400: /TT).
+  if (!key.empty())
+    for (const auto& o : kOptions)
+      if (o.word.substr(1).rfind(key, 0) == 0) return o.word;
+  std::string_view best = "/I";
+  size_t bestDistance = EditDistance(key, "I");
+  for (const auto& o : kOptions) {
+    std::string_view word = o.word.substr(1);
+    if (!word.empty() && word.back() == '@') word.remove_suffix(1);
+    const size_t d = EditDistance(key, word);
+    if (d < bestDistance) best = o.word, bestDistance = d;
+  }
+  return best;
+}
+
+std::string UnknownOption(std::string_view arg, int argNo, std::string_view upper) {
+  return fmt::format(" ERROR! Unknown option {} (argument {}); the nearest known option is {}", arg, argNo,
+                     NearestOption(upper));
+}
+
+void RequirePositive(double v, const ValueReader& r, std::string_view what) {
+  if (std::isfinite(v) && v > 0.0) return;
+  throw BadOption(fmt::format(" ERROR! Option {} (argument {}) needs {}", r.option, r.argNo, what));
+}
+
+// Whether two names lead to the same file (also one not yet made).
+bool SameFile(const std::string& a, const std::string& b) {
+  namespace fs = std::filesystem;
+  std::error_code ec1, ec2;
+  if (fs::exists(a, ec1) && fs::exists(b, ec2)) return fs::equivalent(a, b, ec1);
+  return fs::weakly_canonical(a, ec1) == fs::weakly_canonical(b, ec2) && !ec1 && !ec2;
+}
+
+// /CSV@ and /SNAP@ never name the input: such an option is dropped, so
+// that nothing is written over the input.
+void RefuseOutputOverInput(Options& o, const RunFiles& f, std::exception_ptr& first) {
+  const std::string input(Trim(f.inputName));
+  if (input.empty()) return;
+  for (auto [option, name] : {std::pair<std::string_view, std::string*>{"/CSV@", &o.csvFile},
+                              std::pair<std::string_view, std::string*>{"/SNAP@", &o.snapFile}}) {
+    if (name->empty() || !SameFile(*name, input)) continue;
+    if (!first)
+      first = std::make_exception_ptr(BadOption(
+          fmt::format(" ERROR! Option {}{} names the input file; the input is never written", option, *name)));
+    name->clear();
+  }
+}
+
 std::string Replace(std::string text, std::string_view from, char to) {
   for (char& c : text)
     if (from.find(c) != std::string_view::npos) c = to;
@@ -126,7 +218,9 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
   Options& o = s.opt;
   switch (opt) {
     case Opt::X:
+      // Without N the two lines of an XYZ file (count and title) are skipped.
       o.formatCode = FormatCode::Nxyz;
+      o.skipLines = 2;
       r.Int(value, o.skipLines);
       break;
     case Opt::NXYZ:
@@ -141,12 +235,16 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       }
       break;
     }
-    case Opt::TT: r.Real(value, o.temperature); break;
+    case Opt::TT:
+      r.Real(value, o.temperature);
+      RequirePositive(o.temperature, r, "a temperature in K above 0");
+      break;
     case Opt::PP: {
       double atm = o.pressure / 101325.0;
       bool given = !FreeFormItems(value).empty();
       r.Real(value, atm);
       if (given) o.pressure = atm * 101325.0;
+      RequirePositive(o.pressure, r, "a pressure in atm above 0");
       break;
     }
     case Opt::ROTNUM:
@@ -227,6 +325,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       std::string wrapped = "T=(" + Replace(Cut(value, 80), "-:", ',') + ")";
       auto values = KeywordValues(wrapped, "T=");
       for (size_t k = 0; k < values.size() && k < 3; ++k) r.Real(values[k], o.tempRange[k]);
+      for (double t : o.tempRange) RequirePositive(t, r, "temperatures and a step above 0");
       break;
     }
     case Opt::VIEWFILE: o.viewFile = Cut(Trim(original), MaxLine); break;
@@ -311,6 +410,8 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
   }
 }
 
+void ParseArgument(Session& s, const std::string& arg, size_t k);
+
 }  // namespace
 
 CommandLineAction ParseCommandLine(Session& s, const std::vector<std::string>& args) {
@@ -318,33 +419,58 @@ CommandLineAction ParseCommandLine(Session& s, const std::vector<std::string>& a
     if (a == "-h" || a == "--help" || a == "/?") return CommandLineAction::Help;
     if (a == "--version") return CommandLineAction::Version;
   }
+  std::exception_ptr first;  // the first mistake, thrown once all arguments are read
   for (size_t k = 0; k < args.size(); ++k) {
-    std::string original = Cut(args[k], MaxLine);
+    try {
+      ParseArgument(s, args[k], k);
+    } catch (const FatalReadError&) {
+      if (!first) first = std::current_exception();
+    } catch (const BadOption&) {
+      if (!first) first = std::current_exception();
+    }
+  }
+  RefuseOutputOverInput(s.opt, s.files, first);
+  if (first) std::rethrow_exception(first);
+  return CommandLineAction::Run;
+}
+
+namespace {
+
+void ParseArgument(Session& s, const std::string& arg, size_t k) {
+  {
+    std::string original = Cut(arg, MaxLine);
     std::string up = Upper(original);
     std::string_view trimmed = Trim(up);
     if (trimmed == "/I") {
       s.opt.orientation = Orientation::Input;
-      continue;
+      return;
     }
     if (trimmed == "/Z") {
       s.opt.orientation = Orientation::ZMatrix;
-      continue;
+      return;
     }
     if (k == 0) {
       s.files.inputName = original;  // taken whole, in its own case
-      continue;
+      return;
     }
+    const int argNo = static_cast<int>(k + 1);
     for (const auto& o : kOptions) {
       if (up.rfind(o.word, 0) != 0) continue;
       std::string_view value = std::string_view(up).substr(o.word.size());
       std::string_view originalValue = std::string_view(original).substr(o.word.size());
-      ValueReader r{static_cast<int>(k + 1), std::string(o.word)};
+      if (TakesNoValue(o.opt) && !Trim(value).empty()) throw BadOption(UnknownOption(Trim(original), argNo, trimmed));
+      ValueReader r{argNo, std::string(o.word)};
       ApplyOption(s, o.opt, TrimRight(value), originalValue, TrimRight(up), r);
-      break;
+      return;
     }
+    // A flag that is no option is a mistake (/T400, --foo); a plain word
+    // behind the input stays ignored, as "prog /I file.log" needs.
+    if (!trimmed.empty() && (trimmed.front() == '/' || trimmed.front() == '-'))
+      throw BadOption(UnknownOption(Trim(original), argNo, trimmed));
   }
-  return CommandLineAction::Run;
 }
+
+}  // namespace
 
 bool OpensWindows(const std::vector<std::string>& args) {
   Session s;

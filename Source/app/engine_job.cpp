@@ -11,6 +11,7 @@
 #include "engine/geoopt.h"
 #include "io/fortran_io.h"
 #include "model/run_stop.h"
+#include "engine/parameters.h"
 
 namespace quintor {
 
@@ -61,6 +62,8 @@ void RunEngineJobs(Session& s) {
   SettleEngineMultiplicity(s);
   const int multiplicity = o.multiplicity;
   const engine::EngineMethod method = engine::MethodOfMenu(o.engineMethod);
+  EngineResults& results = s.engineResults;
+  results.method = engine::MethodName(method);
   engine::EngineOptions options;
   options.printLevel = 0;
   options.unrestricted = o.engineUnrestricted;
@@ -76,6 +79,8 @@ void RunEngineJobs(Session& s) {
       if (r.status == engine::EngineStatus::NotConverged) LogLines(s, report.str());
       std::ostringstream out;
       engine::PrintHeatOfFormation(out, method, r.heatKcal);
+      results.heatGiven = true;
+      results.heatKcal = r.heatKcal;
       LogLines(s, out.str());
       const std::string treatment = engine::OpenShellTreatment(multiplicity, o.engineUnrestricted, r.spinSquared);
       if (!treatment.empty()) s.log.Line(treatment);
@@ -86,6 +91,9 @@ void RunEngineJobs(Session& s) {
     settings.engine = options;
     std::ostringstream log;
     const engine::GeoOptResult r = engine::GeoOpt(method, z, x, o.charge, multiplicity, settings, &log, &s.Console());
+    results.optimised = r.optimised;
+    results.optimisedHeatKcal = r.heatKcal;
+    for (const auto& p : r.coordinates) results.optimisedXyz.push_back(Vec3{p[0], p[1], p[2]});
     LogLines(s, log.str());
     if (r.failed) StopOnEngineFailure(s, r.message, r.exitStatus);
     const std::string treatment = engine::OpenShellTreatment(multiplicity, o.engineUnrestricted, r.spinSquared);

@@ -34,7 +34,7 @@ void ParametersInEffect(Session& s, const SymmetryAnalysis& symmetry) {
   put(" Rotation number set to  :" + FmtI(std::lround(o.rotationNumber), 10));
   put(" H-bond length, A, set to:" + FmtF(o.hBondLength, 10, 2));
   put(" Internal rotations found:" + FmtI(static_cast<long long>(s.rotors.size()), 10));
-  put(" Coordinate sets found   :" + FmtI(std::max(s.iCyc, 0), 10));
+  put(" Coordinate sets found   :" + FmtI(s.SetsFound(), 10));
   put(" Frequencies found       :" + FmtI(static_cast<long long>(s.modes.size()), 10));
   put(" Num. of imaginary freqs :" + FmtI(s.nImag, 10));
   put(" Frequencies scaled by   :" + FmtF(o.freqScale, 10, 4));

@@ -127,6 +127,16 @@ bool StartNewStructure(Session& s, int& status) {
   return true;
 }
 
+// A ".xyz" input with no format flag is an XYZ file: count and title
+// lines, then symbol X Y Z rows.
+void TakeXyzByName(Session& s) {
+  if (s.opt.formatCode != FormatCode::Automatic) return;
+  const std::string name = Upper(Trim(s.files.inputName));
+  if (name.size() < 4 || name.compare(name.size() - 4, 4, ".XYZ") != 0) return;
+  s.opt.formatCode = FormatCode::Nxyz;
+  s.opt.skipLines = 2;
+}
+
 // Start-up up to the read pass. Returns false when the run ended here, with
 // `status` set. `newStructure` is set when a windowed run on a missing input
 // goes to the viewer with no atoms instead.
@@ -178,7 +188,7 @@ bool StartUp(Session& s, LineReader& in, int& status, const Frontend* windows, b
   s.log.Line(" Output file             :" + std::string(Trim(f.logName)));
   f.baseName = BaseName(f.inputName);
 
-  if (!s.opt.specNameExplicit) f.specName = ReplaceExtension(true, f.inputName, ".tdi");
+  if (!s.opt.specNameExplicit) f.specName = WithExtension(f.inputName, ".tdi");
   if (!Exists(f.specName)) {
     if (s.opt.specNameExplicit) {
       s.log.Line(" WARNING!!! Requested specification file not found: " + std::string(Trim(f.specName)));
@@ -260,6 +270,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     // stops here, not inside the window system.
     if (windowed && !frontend->hasDisplay())
       return StopWithMessage(s, " ERROR! No display: use /0 for a batch run", exit_status::NoDisplay);
+    TakeXyzByName(s);
     if (newStructure) {  // no atoms, no report: the structure is built in the viewer
       s.view = StartingView(s.opt);
       frontend->interact(s);
@@ -267,6 +278,8 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
       return EndRun(s);
     }
     ReadPass(s, in, [&s] {
+      // A batch run never waits for a key: it ends as the answer Y would.
+      if (s.opt.noGraphics) return false;
       s.Console() << " Exit? ([Y]/N) -->" << std::flush;
       const int key = s.Keyboard().get();
       s.Console() << "\n";
@@ -279,14 +292,20 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     RunVibrationEntries(s, frontend);
     s.view = StartingView(s.opt);  // under /0 the view is never touched
     if (frontend && !s.opt.snapFile.empty()) {
-      if (!frontend->snapshot(s, s.opt.snapFile))
-        s.Console() << " WARNING! Can not write " << s.opt.snapFile << "\n";
+      if (!frontend->snapshot(s, s.opt.snapFile)) {
+        s.Console() << " ERROR! Can not write " << s.opt.snapFile << "\n";
+        EndRun(s);
+        return exit_status::CanNotWrite;
+      }
     } else if (!s.opt.playFile.empty()) {
       if (ReplayPlayFile(s)) s.opt.doThermo = true;
     } else if (windowed && frontend->interact(s)) {
       s.opt.doThermo = true;
     }
     return EndRun(s);
+  } catch (const BadOption& e) {
+    asked = true;
+    return StopWithMessage(s, e.what(), exit_status::ReadError);
   } catch (const FatalReadError& e) {
     asked = true;  // also a bad option value
     return StopWithMessage(s, e.what(), exit_status::ReadError);

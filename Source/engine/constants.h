@@ -2,12 +2,15 @@
 // so that heats of formation agree with it to the last printed digit.
 #pragma once
 
+#include "numeric/constants.h"
+
 namespace quintor::engine {
 
-inline constexpr double kBohr = 0.529177210903;              // Angstrom per bohr
-inline constexpr double kEv = 27.211386245988;               // eV per hartree
-inline constexpr double kEvToKcal = 23.060547830619029;      // kcal/mol per eV
-inline constexpr double kKcalToKj = 4.184;                   // kJ per kcal
-inline constexpr double kPi = 3.14159265358979323846;
+// Short names of the engine's constants; the values stand in numeric/constants.h.
+inline constexpr double kBohr = constants::EngineBohrToAngstrom;  // Angstrom per bohr
+inline constexpr double kEv = constants::EngineHartreeToEV;       // eV per hartree
+inline constexpr double kEvToKcal = constants::EngineEVToKcal;    // kcal/mol per eV
+inline constexpr double kKcalToKj = constants::KcalToKJ;          // kJ per kcal
+inline constexpr double kPi = constants::Pi;
 
 }  // namespace quintor::engine

@@ -502,13 +502,13 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     const int z = mol.z[a];
     if (z < 1 || z > kMaxElement || !HasParameters(set.el[z])) {
       res.message = fmt::format(" No {} parameters for element {} ({}).", MethodName(set.method), z,
-                                z >= 1 && z <= kMaxElement ? ElementSymbol(z) : "?");
+                                z >= 1 && z <= kMaxElement ? Trim(ElementSymbol(z)) : std::string_view("?"));
       res.exitStatus = exit_status::ReadError;
       if (report) *report << res.message << '\n';
       return res;
     }
     if (!ReliableParameters(set.method, z)) {
-      res.message = fmt::format(" ERROR! No reliable {} parameters for {}", MethodName(set.method), ElementSymbol(z));
+      res.message = fmt::format(" ERROR! No reliable {} parameters for {}", MethodName(set.method), Trim(ElementSymbol(z)));
       res.exitStatus = exit_status::ReadError;
       if (report) *report << res.message << '\n';
       return res;

@@ -341,16 +341,6 @@ void DeriveParameters(ParameterSet& set) {
   }
 }
 
-const char* ElementSymbol(int z) {
-  static const char* const kSymbols[] = {
-      "XX", "H",  "He", "Li", "Be", "B",  "C",  "N",  "O",  "F",  "Ne", "Na", "Mg", "Al", "Si", "P",  "S",  "Cl",
-      "Ar", "K",  "Ca", "Sc", "Ti", "V",  "Cr", "Mn", "Fe", "Co", "Ni", "Cu", "Zn", "Ga", "Ge", "As", "Se", "Br",
-      "Kr", "Rb", "Sr", "Y",  "Zr", "Nb", "Mo", "Tc", "Ru", "Rh", "Pd", "Ag", "Cd", "In", "Sn", "Sb", "Te", "I",
-      "Xe", "Cs", "Ba", "La", "Ce", "Pr", "Nd", "Pm", "Sm", "Eu", "Gd", "Tb", "Dy", "Ho", "Er", "Tm", "Yb", "Lu",
-      "Hf", "Ta", "W",  "Re", "Os", "Ir", "Pt", "Au", "Hg", "Tl", "Pb", "Bi", "Po", "At", "Rn"};
-  return z >= 0 && z <= kMaxElement ? kSymbols[z] : "XX";
-}
-
 void PrintParameterReport(std::ostream& out, const ParameterSet& set, const std::vector<int>& elements) {
   std::vector<int> seen;
   for (int z : elements) {

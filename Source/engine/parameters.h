@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "model/elements.h"
+
 namespace quintor::engine {
 
 // The methods in the order of the menu (1 to 5).
@@ -126,6 +128,5 @@ void DeriveParameters(ParameterSet& set);
 // The report of the parameters of the elements in `elements`.
 void PrintParameterReport(std::ostream& out, const ParameterSet& set, const std::vector<int>& elements);
 
-const char* ElementSymbol(int z);
 
 }  // namespace quintor::engine

@@ -36,8 +36,16 @@ std::string BaseName(std::string_view name) {
   return std::string(name.substr(0, dot));
 }
 
+std::string WithExtension(std::string_view name, std::string_view ext) {
+  std::string result(TrimRight(name));
+  const size_t start = LastComponentStart(result);
+  const size_t dot = result.find_last_of('.');
+  if (dot != std::string::npos && dot >= start) result.erase(dot);
+  return result + std::string(ext);
+}
+
 std::string DerivedName(std::string_view inputName, std::string_view ext) {
-  std::string name = ReplaceExtension(true, inputName, ext);
+  std::string name = WithExtension(inputName, ext);
   if (name == TrimRight(inputName)) name += "1";
   return name;
 }

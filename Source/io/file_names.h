@@ -16,8 +16,12 @@ std::string ReplaceExtension(bool append, std::string_view name, std::string_vie
 // 133 of the last path component; blank otherwise. a.b.c gives "a".
 std::string BaseName(std::string_view name);
 
-// A file the run writes (".mou", ".tdo", ".mco", ".pun"): `ext` in place of
-// the extension; when that gives the input name itself a "1" is added (a run
+// `ext` in place of the whole extension of the last path component (or
+// appended when there is none): w.gamout with ".mou" gives w.mou.
+std::string WithExtension(std::string_view name, std::string_view ext);
+
+// A file the run writes (".mou", ".tdo", ".mco", ".json"): `ext` in place of
+// the whole extension; when that gives the input name itself a "1" is added (a run
 // on x.mou logs to x.mou1), so that the input is never written over.
 std::string DerivedName(std::string_view inputName, std::string_view ext);
 

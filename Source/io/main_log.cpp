@@ -25,7 +25,7 @@ void MainLog::Text(std::string_view text) {
 }
 
 void MainLog::Line(std::string_view text) {
-  if (firstWarning_.empty() && text.rfind(" WARNING", 0) == 0) firstWarning_ = text;
+  if (text.rfind(" WARNING", 0) == 0) warnings_.emplace_back(text);
   if (!file_) {
     pending_ += text;
     pending_ += '\n';

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quintor {
 
@@ -27,15 +28,20 @@ class MainLog {
   void WritePending();
   // Closes the file; with `remove` the file is deleted (the /NOLOG scratch log).
   void Close(bool remove = false);
-  // The first line written that begins " WARNING", for the summary of a sweep.
-  const std::string& FirstWarning() const { return firstWarning_; }
+  // The lines written that begin " WARNING", in order, for the results a
+  // script reads.
+  const std::vector<std::string>& Warnings() const { return warnings_; }
+  const std::string& FirstWarning() const {
+    static const std::string none;
+    return warnings_.empty() ? none : warnings_.front();
+  }
 
  private:
   std::FILE* file_ = nullptr;
   std::string path_;
   bool lineOpen_ = false;
   std::string pending_;
-  std::string firstWarning_;
+  std::vector<std::string> warnings_;
 };
 
 }  // namespace quintor

@@ -48,6 +48,11 @@ struct VibMode {
   std::vector<Vec3> disp;     // Cartesian displacement of each atom
   ModeUse use = ModeUse::Used;
   bool given = true;          // false for a slot that no mode block of the input filled
+  // What the log gives beside, for the results a script reads: the mode's
+  // symmetry label, its IR intensity (km/mol) and Raman activity (A^4/amu).
+  std::string symmetry;
+  double ir = 0.0, raman = 0.0;
+  bool irGiven = false, ramanGiven = false;
 };
 
 // One internal rotation, from the SpecFile or from automatic recognition.
@@ -154,6 +159,32 @@ struct RunFiles {
   std::string scratchLog;   // the real MainLog file under /NOLOG
 };
 
+// The energy the results for scripts call E: that of the geometry the
+// thermochemistry is evaluated at, by the method of the frequencies, as the
+// log labels it; and a composite method's own summary.
+struct LogEnergies {
+  std::string program;                // what the banner named: "Gaussian 16", "Firefly"
+  std::string method;                 // "SCF", "MP2", "B2PLYP", "CBS-QB3"; empty: not told
+  double energy = 0.0;                // Hartree
+  bool given = false;
+  std::string composite;              // "CBS-QB3", "G4"; empty: no composite job
+  double compositeE0 = 0.0, compositeH = 0.0, compositeG = 0.0;  // Hartree, E0 = E + ZPE
+  double gaussianH = 0.0, gaussianG = 0.0;  // "Sum of electronic and thermal Enthalpies/Free Energies"
+  bool gaussianSums = false;
+  int charge = 0;                     // the molecule's charge as the log gives it
+  bool chargeGiven = false;
+};
+
+// What the semi-empirical engine gave in a batch run (/HOF, /GEOOPT).
+struct EngineResults {
+  std::string method;                 // "PM3", "AM1", ...
+  bool heatGiven = false;
+  double heatKcal = 0.0;              // heat of formation of the final geometry, kcal/mol
+  bool optimised = false;
+  double optimisedHeatKcal = 0.0;
+  std::vector<Vec3> optimisedXyz;     // Angstrom
+};
+
 struct Session {
   Options opt;
   RunFiles files;
@@ -181,9 +212,14 @@ struct Session {
   bool electronicEnergyFromSummary = false;
   int lowestEnergyStep = 0, lowestGMaxStep = 0, lowestGRmsStep = 0;
   double lowestEnergy = 0.0, lowestGMax = NotGiven, lowestGRms = NotGiven;
+  LogEnergies logEnergies;            // what the log says E is (JSON and CSV)
+  EngineResults engineResults;
 
   CoordSet& Set(int i);               // grows the list on demand
   const CoordSet& Set(int i) const;   // an empty set where nothing was stored
+  // The coordinate sets the run found: 0 to iCyc; a run that stored only its
+  // starting geometry has that one.
+  int SetsFound() const { return iCyc >= 0 ? iCyc + 1 : (coordsFound && nAtoms > 0 ? 1 : 0); }
   int SetCount() const { return static_cast<int>(sets_.size()) - 1; }
 
   // ---- Modes, rotations ---------------------------------------------------------

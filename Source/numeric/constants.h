@@ -25,8 +25,17 @@ inline constexpr double HartreeToEV = 27.2113834;
 inline constexpr double KJPerMolToHartree = 0.0003808889730174161;
 inline constexpr double JPerMolToHartree = 3.808889730174161e-07;
 inline constexpr double HartreeToKJPerMol = 2625.3035184;
+// The results a script reads (/JSON, /CSV@) convert with CODATA 2018, as
+// Gaussian 09 and 16 do, so that E+H and E+G meet the log's own sums.
+inline constexpr double HartreeToKJPerMolCodata2018 = 2625.4996;
 inline constexpr double KcalToKJ = 4.184;
 inline constexpr double RotConstFactor = 1804.74;          // 1/(amu bohr^2) -> GHz
+// The semi-empirical engine works in MOPAC 22's units (CODATA 2018), so that
+// its heats of formation agree with MOPAC to the last printed digit; the rest
+// of the program keeps the values above, which its reports are fixed by.
+inline constexpr double EngineBohrToAngstrom = 0.529177210903;
+inline constexpr double EngineHartreeToEV = 27.211386245988;
+inline constexpr double EngineEVToKcal = 23.060547830619029;
 }  // namespace constants
 
 // Length units of coordinate inputs.

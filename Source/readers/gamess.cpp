@@ -135,7 +135,8 @@ struct GamessReader {
 
     // A search point: PC GAMESS heads it "1NSERCH=", GAMESS(US) "BEGINNING
     // GEOMETRY SEARCH POINT NSERCH=".
-    if (((hits & kNserch) && (Contains(line, "1NSERCH") || Contains(line, "GEOMETRY SEARCH POINT NSERCH="))) ||
+    if (((hits & kNserch) && (Contains(line, "1NSERCH") || Contains(line, "GEOMETRY SEARCH POINT NSERCH=") ||
+                              IsFireflySearchPoint(line))) ||
         (hits & kLocated)) {
       ReadGeometry(line);
       return;  // the block has read past this line
@@ -143,11 +144,7 @@ struct GamessReader {
     if ((hits & kNserch) && !NoEnergies() && Contains(line, "ENERGY")) StepEnergy(line);
     if ((hits & kFinal) && !NoEnergies() && Contains(line, "ENERGY IS")) FinalEnergy(line, line.find("ENERGY IS") + 9);
     if ((hits & kMp2) && !NoEnergies()) FinalEnergy(line, line.find("E(MP2)=") + 7);
-    if ((hits & kMaxGradient) && !NoEnergies()) {
-      CoordSet& set = s.Set(s.iCyc);
-      set.gmax = Real(line, 29, 11, 0, "maximum gradient");
-      set.grms = Real(line, 58, 10, 0, "RMS gradient");
-    }
+    if ((hits & kMaxGradient) && !NoEnergies()) Gradients(line);
     if ((hits & kStateMult) && s.opt.multiplicity == -1)
       s.opt.multiplicity = static_cast<int>(Int(line, 39, 5, "state multiplicity"));
     if ((hits & kMult) && s.opt.multiplicity == -1) Multiplicity(line);
@@ -159,7 +156,46 @@ struct GamessReader {
       ReadMasses(line);
       return;
     }
-    if (hits & kFrequency) ReadModes(line);
+    if (hits & kFrequency) ReadModesOrWarn(line);
+  }
+
+  // A mode block that can not be read stops the run only when it is the one
+  // the evaluation needs, the last of the log (ThrowBrokenModes at its end);
+  // one that a later block replaces gets a warning naming its line, and the
+  // rest of the log is read on.
+  std::unique_ptr<FatalReadError> brokenModes;
+  long brokenModesLine = 0;
+  void ReadModesOrWarn(std::string_view line) {
+    const long at = in.LineNumber();
+    try {
+      ReadModes(line);
+      // Only a whole section replaces a broken one (the column blocks behind
+      // a broken block come here too, and are cut).
+      if (!s.modes.empty()) PassOverBrokenModes();
+    } catch (const FatalReadError& e) {
+      PassOverBrokenModes();
+      brokenModes = std::make_unique<FatalReadError>(e);
+      brokenModesLine = at;
+    }
+  }
+  void PassOverBrokenModes() {
+    if (!brokenModes) return;
+    s.log.EndLine();
+    s.log.Line(" WARNING! The normal modes at line" + FmtI(brokenModesLine, 9) + " can not be read (" +
+               std::string(Trim(brokenModes->what())) + "); a later block replaces them");
+    brokenModes.reset();
+  }
+  void ThrowBrokenModes() const {
+    if (brokenModes) throw *brokenModes;
+  }
+
+  // Firefly heads a search point " NSERCH=   3" alone on its line, without
+  // the carriage-control "1" of PC GAMESS.
+  static bool IsFireflySearchPoint(std::string_view line) {
+    std::string_view t = Trim(line);
+    if (t.rfind("NSERCH=", 0) != 0) return false;
+    t = Trim(t.substr(7));
+    return !t.empty() && std::all_of(t.begin(), t.end(), [](char c) { return c >= '0' && c <= '9'; });
   }
 
   // ---- Energies, multiplicity -----------------------------------------------------
@@ -184,6 +220,23 @@ struct GamessReader {
     const auto items = FreeFormItems(line.substr(from));
     if (items.empty()) return;
     if (auto v = ReadFreeReal(items.front(), PlaceIn(in, "final energy"))) s.Set(s.iCyc).energy = *v;
+  }
+
+  // "MAXIMUM GRADIENT = g    RMS GRADIENT = r": the number behind each "=",
+  // wherever it stands; a gradient run prints the first alone.
+  void Gradients(std::string_view line) {
+    CoordSet& set = s.Set(s.iCyc);
+    auto after = [&](std::string_view label, double& target, const char* field) {
+      const size_t at = line.find(label);
+      if (at == std::string_view::npos) return;
+      const size_t eq = line.find('=', at);
+      if (eq == std::string_view::npos) return;
+      const auto items = FreeFormItems(line.substr(eq + 1));
+      if (items.empty()) return;
+      if (auto v = ReadFreeReal(items.front(), PlaceIn(in, field))) target = *v;
+    };
+    after("MAXIMUM G", set.gmax, "maximum gradient");
+    after("RMS G", set.grms, "RMS gradient");
   }
 
   // "MULT  =": PC GAMESS prints the value three columns further right than
@@ -310,6 +363,7 @@ struct GamessReader {
         field = &VibMode::intensity, name = "intensity";
         if (!s.opt.raman) factor = kIntensityToKmPerMol;
       }
+      Beside(line, label, modes, first, cols);
       if (!field) continue;  // SYMMETRY: and the like
       for (int k = 0; k < cols; ++k)
         modes[static_cast<size_t>(first + k)].*field = ModeValue(s, in, line, 21 + 12 * k, 12, 8, first + k + 1, name) * factor;
@@ -322,6 +376,29 @@ struct GamessReader {
       }
     }
     return true;
+  }
+
+  // The symmetry labels, IR intensities (km/mol) and Raman activities,
+  // each in its own field, for the results a script reads.
+  void Beside(std::string_view line, std::string_view label, std::vector<VibMode>& modes, int first, int cols) {
+    const bool sym = Contains(label, "SYMMETRY:"), ir = Contains(label, "IR INTENSITY:"),
+               raman = Contains(label, "RAMAN ACTIVITY:");
+    if (!sym && !ir && !raman) return;
+    const auto items = FreeFormItems(line.substr(std::min<size_t>(line.size(), 20)));
+    if (static_cast<int>(items.size()) != cols) return;
+    for (int k = 0; k < cols; ++k) {
+      VibMode& m = modes[static_cast<size_t>(first + k)];
+      const std::string_view text = items[static_cast<size_t>(k)];
+      if (sym) {
+        m.symmetry = text;
+        continue;
+      }
+      if (Contains(text, "*") || Contains(text, "NaN")) continue;
+      const auto v = ReadFreeReal(text, PlaceIn(in, ir ? "IR intensity" : "Raman activity"));
+      if (!v) continue;
+      (ir ? m.ir : m.raman) = ir ? *v * kIntensityToKmPerMol : *v;
+      (ir ? m.irGiven : m.ramanGiven) = true;
+    }
   }
 
   // The frequency line of the next column block.
@@ -359,8 +436,9 @@ struct GamessReader {
 
 }  // namespace
 
-LineHandler MakeGamessReader(Session& s, LineReader& in) {
+LineHandler MakeGamessReader(Session& s, LineReader& in, std::function<void()>* finish) {
   auto reader = std::make_shared<GamessReader>(s, in);
+  if (finish) *finish = [reader] { reader->ThrowBrokenModes(); };
   return [reader](std::string_view line) { (*reader)(line); };
 }
 

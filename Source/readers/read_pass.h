@@ -19,6 +19,10 @@ struct Banner {
   std::string_view message;
 };
 
+// The program a banner's message names: " Gaussian 16 detected" gives
+// "Gaussian 16".
+std::string ProgramName(std::string_view message);
+
 // The first banner that the line holds, in table order; nullptr for none.
 const Banner* FindBanner(std::string_view line);
 

@@ -11,7 +11,9 @@
 namespace quintor {
 
 // Line-driven readers: made once the format is known, then fed every line.
-LineHandler MakeGamessReader(Session& s, LineReader& in);
+// `finish`, when given, receives what the reader does at the end of the file
+// (a mode block the evaluation needs and could not read stops the run there).
+LineHandler MakeGamessReader(Session& s, LineReader& in, std::function<void()>* finish = nullptr);
 
 // Readers that take over the file and read it to its end.
 void ReadGaussianLog(Session& s, LineReader& in);

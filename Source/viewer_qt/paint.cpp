@@ -15,6 +15,8 @@ QFont ViewFont() {
 
 QFont PaneFont() {
   QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  font.setStyleHint(QFont::TypeWriter);
+  font.setFixedPitch(true);  // asked for, whatever fonts the machine has
   font.setPixelSize(13);  // the 30 lines of the key help fit half a 1024-pixel frame
   return font;
 }

@@ -407,7 +407,10 @@ bool SnapView(Session& s, const std::string& pngFile) {
     v.film.currentMode = s.opt.showMode;
     v.showArrows = true;
   }
-  return RenderView(s, v).save(QString::fromStdString(pngFile), "PNG");
+  // The picture's kind follows the name: JPEG for .jpg and .jpeg, else PNG.
+  const QString name = QString::fromStdString(pngFile);
+  const bool jpeg = name.endsWith(".jpg", Qt::CaseInsensitive) || name.endsWith(".jpeg", Qt::CaseInsensitive);
+  return RenderView(s, v).save(name, jpeg ? "JPEG" : "PNG");
 }
 
 bool PlotSpectrumPng(Session& s, const std::string& pngFile) {

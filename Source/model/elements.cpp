@@ -1,4 +1,4 @@
-#include "readers/elements.h"
+#include "model/elements.h"
 
 #include <array>
 #include <cctype>
