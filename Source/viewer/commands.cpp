@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "io/fortran_io.h"
+#include "viewer/fragment_db.h"
 #include "viewer/scene.h"
 #include "viewer/vibration.h"
 #include "viewer/view_model.h"
@@ -280,6 +281,8 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
       prompts.ShowMessage(
           "To Mark/Unmark fragment, click LEFT/RIGHT MOUSE BUTTONS on the selected molecular fragment.");
       return out;
+    case MenuCommand::AddFragment: AddFragmentCommand(s, v, prompts); return out;
+    case MenuCommand::StoreFragment: StoreFragmentCommand(s, v, prompts); return out;
     case MenuCommand::Help: return out;  // no help viewer on this platform
     case MenuCommand::About:
       prompts.ShowMessage("QUINTOR v. 2.5\nA program for the molecular geometry visualization,normal mode "

@@ -449,4 +449,62 @@ std::vector<int> ConnectedAtoms(const BuiltStructure& b, int first) {
   return out;
 }
 
+namespace {
+
+std::string DatabasePath(const Session& s) {
+  return s.files.fragmentDb.empty() ? s.files.homeDir + "Quintor.fdb" : s.files.fragmentDb;
+}
+
+void ReportOnce(ViewerState& v, const std::vector<std::string>& problems) {
+  for (const std::string& p : problems)
+    if (std::find(v.messages.begin(), v.messages.end(), " " + p) == v.messages.end()) v.messages.push_back(" " + p);
+}
+
+}  // namespace
+
+int AddFragmentCommand(Session& s, ViewerState& v, Prompts& prompts) {
+  if (v.elements == nullptr) return 0;
+  const ElementTable& elements = *v.elements;
+  const FragmentDatabase db = ReadFragmentDatabase(DatabasePath(s), elements);
+  ReportOnce(v, db.problems);
+
+  const DialogSpec& spec = DialogNumber(110);
+  DialogValues values = Presets(spec);
+  Vec3 point{};
+  for (;;) {
+    if (prompts.AskDialog(110, values) != DialogOk) return 0;
+    const auto bad = FirstBadNumber(spec, values);
+    if (!bad) break;
+    values[spec.captionId] = bad->caption;
+  }
+  point = {*FieldNumber(values, 1000), *FieldNumber(values, 1006), *FieldNumber(values, 1043)};
+  const std::string name = Cut(Trim(values[1013]));
+
+  BuiltStructure b = StructureOnShow(s, v);
+  int added = 0;
+  const bool oneHydrogen = v.marked.size() == 1 && b.z[v.marked.front() - 1] == 1;
+  if (oneHydrogen) added = ReplaceHydrogen(b, v.marked.front(), db, name, elements);
+  if (!oneHydrogen || added < 0) added = AddFragmentAt(b, db, name, point, elements);
+  if (oneHydrogen && added > 0) v.marked.clear();
+  TakeStructure(s, v, b, elements);
+  return std::max(added, 0);
+}
+
+bool StoreFragmentCommand(Session& s, ViewerState& v, Prompts& prompts) {
+  if (v.elements == nullptr || v.marked.empty() || s.nAtoms == 0) return false;
+  const BuiltStructure b = StructureOnShow(s, v);
+  const std::vector<int> fragment = ConnectedAtoms(b, v.marked.front());
+  if (fragment.empty()) return false;
+  DialogValues values = Presets(DialogNumber(111));
+  if (prompts.AskDialog(111, values) != DialogOk) return false;
+  const std::string block =
+      FragmentBlock(b, fragment, v.marked, values[1013], values[1000], std::time(nullptr), *v.elements);
+  std::string error;
+  if (!AppendFragmentBlock(DatabasePath(s), block, error)) {
+    prompts.ShowMessage(error);
+    return false;
+  }
+  return true;
+}
+
 }  // namespace quintor

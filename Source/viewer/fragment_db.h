@@ -16,6 +16,7 @@
 
 #include "model/session.h"
 #include "numeric/vec3.h"
+#include "viewer/commands.h"
 #include "viewer/viewer_state.h"
 
 namespace quintor {
@@ -107,5 +108,16 @@ void TakeStructure(Session& s, ViewerState& v, const BuiltStructure& b, const El
 
 // The atoms of the fragment of atom `first`: everything reached over bonds.
 std::vector<int> ConnectedAtoms(const BuiltStructure& b, int first);
+
+// "Add new atom/fragment" (key N of the Fragment edit mode): dialog 110,
+// shown again with its repeat caption while a coordinate is no number; then
+// the atom or fragment at the point, or, with exactly one hydrogen marked,
+// in place of that hydrogen. Problems of the database go to the Message
+// window once. Returns the atoms added (0 also for Cancel).
+int AddFragmentCommand(Session& s, ViewerState& v, Prompts& prompts);
+
+// "Store fragment to database" (key G): dialog 111, then the fragment of the
+// first marked atom appended to the database. False when nothing was stored.
+bool StoreFragmentCommand(Session& s, ViewerState& v, Prompts& prompts);
 
 }  // namespace quintor

@@ -26,6 +26,8 @@
 #include "viewer_qt/paint.h"
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
+#include "viewer_qt/table_dialog.h"
+#include "viewer/fragment_db.h"
 
 namespace quintor {
 
@@ -106,6 +108,8 @@ bool DialogPrompts::AskYesNo(const std::string& text) {
   box.exec();
   return box.clickedButton() == yes;
 }
+
+int DialogPrompts::AskDialog(int number, DialogValues& values) { return RunTableDialog(number, values, parent); }
 
 void DialogPrompts::ShowMessage(const std::string& text) {
   QMessageBox box(parent);
@@ -302,8 +306,17 @@ void EnsureQtApplication(bool offscreen) {
 
 namespace {
 
+// The readers' element table, for the fragment database.
+const ElementTable& ReaderElements() {
+  static const ElementTable table{[](std::string_view label) { return ElementNumber(label); },
+                                  [](int z) { return std::string(Trim(ElementSymbol(z))); },
+                                  [](int z) { return DefaultMass(z); }};
+  return table;
+}
+
 ViewerState ViewerFor(Session& s) {
   ViewerState v;
+  v.elements = &ReaderElements();
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);

@@ -33,6 +33,7 @@ struct DialogPrompts : Prompts {
   std::string AskText(const std::string& text, const std::string& value) override;
   bool AskYesNo(const std::string& text) override;
   void ShowMessage(const std::string& text) override;
+  int AskDialog(int number, DialogValues& values) override;
 };
 
 // The drawing surface: paints the Scene of the state whole on every frame,
