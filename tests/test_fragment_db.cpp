@@ -9,12 +9,14 @@
 #include <ctime>
 #include <regex>
 #include <set>
+#include <sstream>
 
 #include "analysis/connectivity.h"
 #include "io/fortran_io.h"
 #include "readers/elements.h"
 #include "test_support.h"
 #include "viewer/fragment_db.h"
+#include "viewer/journal.h"
 
 namespace quintor {
 
@@ -236,6 +238,43 @@ TEST(FragmentDb, EveryShippedFragmentReplacesAHydrogenOfBenzene) {
   }
   BuiltStructure b = benzene;
   EXPECT_EQ(ReplaceHydrogen(b, carbon, db, "Me", Elements()), -1);  // not a hydrogen
+}
+
+// The menu items through a journal: dialog 110 answered once with a bad X
+// (shown again), methane at a point, one H of it replaced by phenyl, then the
+// toluene stored under two names and found again.
+TEST(FragmentDb, AddAndStoreThroughAJournal) {
+  if (!std::filesystem::exists(kStock)) GTEST_SKIP() << "no " << kStock;
+  TempDir dir;
+  const std::string db = dir.Write("Quintor.fdb", ReadFile(kStock));
+  const ElementTable elements = Elements();
+  Session s;
+  s.files.fragmentDb = db;
+  ViewerState v;
+  v.elements = &elements;
+  StartViewer(s, v);
+  std::istringstream journal(
+      "menu AddFragment\n"
+      "answer 1 1013=methane\t1000=abc\t1006=0\t1043=0\n"
+      "answer 1 1013=methane\t1000=0.5\t1006=0\t1043=0\n"
+      "click left 3\n"
+      "menu AddFragment\n"
+      "answer 1 1013=ph\t1000=0\t1006=0\t1043=0\n"
+      "click left 1\n"
+      "menu StoreFragment\n"
+      "answer 1 1013=tolx toluenex\t1000=made by a journal\n");
+  ReplayJournal(s, v, journal, "test.jnl");
+  ASSERT_EQ(s.nAtoms, 15);
+  EXPECT_NEAR(s.xyz[0][0] * constants::BohrToAngstrom, 0.5, 1e-12);  // the second answer's point
+  EXPECT_NEAR(s.molMass, 92.0626, 1e-3);  // C7H8, most abundant isotopes
+  EXPECT_EQ(s.atomName[14], "H15");
+  EXPECT_TRUE(v.structureEdited);
+  const FragmentDatabase back = ReadFragmentDatabase(db, elements);
+  const auto found = FindFragments(back, "TOLUENEX");
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0]->atoms.size(), 15u);
+  EXPECT_EQ(found[0]->atoms[0].z, 6);
+  EXPECT_NE(ReadFile(db).find("! made by a journal\n! -- "), std::string::npos);
 }
 
 }  // namespace

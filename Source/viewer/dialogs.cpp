@@ -264,6 +264,7 @@ std::string EncodeDialogAnswer(int result, const DialogValues& values) {
 }
 
 int DecodeDialogAnswer(std::string_view line, DialogValues& values) {
+  if (Trim(line).empty()) return DialogCancel;
   const size_t blank = line.find(' ');
   const auto code = ParseFortranInt(Trim(line.substr(0, blank)));
   if (!code) return DialogCancel;
