@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
   quintor::Session session;
 #ifdef QUINTOR_WINDOWS
   const quintor::Frontend windows{quintor::HasDisplay, quintor::RunWindows, quintor::SnapView,
-                                  quintor::PlotSpectrumPng};
+                                  quintor::PlotSpectrumPng, quintor::RunWindowsWith};
   return quintor::RunQuintor(session, args, &windows);
 #else
   if (quintor::OpensWindows(args)) {

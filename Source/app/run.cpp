@@ -226,7 +226,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
         s.Console() << " WARNING! Can not write " << s.opt.snapFile << "\n";
     } else if (!s.opt.playFile.empty()) {
       if (ReplayPlayFile(s)) s.opt.doThermo = true;
-    } else if (windowed && frontend->interact(s)) {
+    } else if (windowed && (frontend->interactWith ? frontend->interactWith(s, RunServices()) : frontend->interact(s))) {
       s.opt.doThermo = true;
     }
     return EndRun(s);

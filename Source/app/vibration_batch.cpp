@@ -66,6 +66,7 @@ bool ReplayPlayFile(Session& s) {
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
+  v.services = &RunServices();
   return ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
 }
 

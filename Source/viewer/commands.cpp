@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "io/fortran_io.h"
+#include "viewer/calculations.h"
 #include "viewer/fragment_db.h"
 #include "viewer/scene.h"
 #include "viewer/vibration.h"
@@ -281,6 +282,8 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
       prompts.ShowMessage(
           "To Mark/Unmark fragment, click LEFT/RIGHT MOUSE BUTTONS on the selected molecular fragment.");
       return out;
+    case MenuCommand::Thermodynamics: return ThermodynamicsCommand(s, v, prompts);
+    case MenuCommand::GeometryOptimization: return GeometryOptimizationCommand(s, v, prompts);
     case MenuCommand::AddFragment: AddFragmentCommand(s, v, prompts); return out;
     case MenuCommand::StoreFragment: StoreFragmentCommand(s, v, prompts); return out;
     case MenuCommand::Help: return out;  // no help viewer on this platform

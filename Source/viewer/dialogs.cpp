@@ -362,7 +362,8 @@ bool ApplyThermoDialog(const DialogValues& v, Session& s, ThermoDialogFiles& fil
   files.exitAfter = On(v, 1041);
   s.opt.temperature = num(1056);
   s.opt.pressure = num(1057);
-  s.opt.multiplicity = static_cast<int>(num(1058));
+  // The 1 shown for a multiplicity not set leaves it not set (and warned of).
+  if (const int m = static_cast<int>(num(1058)); !(s.opt.multiplicity <= 0 && m == 1)) s.opt.multiplicity = m;
   if (num(1059) != s.opt.rotationNumber) s.opt.rotationNumber = num(1059), s.opt.rotationNumberByUser = true;
   s.opt.freqScale = num(1060);
   s.opt.freqBottom = num(1061);

@@ -11,7 +11,8 @@
 
 namespace quintor {
 
-struct ElementTable;  // viewer/fragment_db.h
+struct ElementTable;    // viewer/fragment_db.h
+struct WindowServices;  // viewer/services.h
 
 // The drawing surface in pixels; the world rectangle follows from it.
 struct WorldWindow {
@@ -83,6 +84,7 @@ struct ViewerState {
   std::vector<std::string> messages;   // lines the viewer adds to the Message window
 
   const ElementTable* elements = nullptr;  // the readers' table, for the fragment database
+  const WindowServices* services = nullptr;  // the Calculations menu
 
   Film film;                           // the Vibration view
   bool showArrows = false;             // displacement arrows of film.currentMode

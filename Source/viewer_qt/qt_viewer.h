@@ -7,6 +7,7 @@
 #include <string>
 
 #include "model/session.h"
+#include "viewer/services.h"
 
 namespace quintor {
 
@@ -22,6 +23,8 @@ void EnsureQtApplication(bool offscreen = false);
 // Message window and the Control keys, until the user ends the work.
 // True when the end asked for the evaluation ("CalcTD and Quit").
 bool RunWindows(Session& s);
+// The same with the Calculations menu served by `services`.
+bool RunWindowsWith(Session& s, const WindowServices& services);
 
 // Paints the starting view of the last coordinate set into a PNG of the
 // view's default size (896 x 947), without a display.

@@ -325,9 +325,12 @@ ViewerState ViewerFor(Session& s) {
 
 }  // namespace
 
-bool RunWindows(Session& s) {
+bool RunWindows(Session& s) { return RunWindowsWith(s, WindowServices{}); }
+
+bool RunWindowsWith(Session& s, const WindowServices& services) {
   EnsureQtApplication();
   ViewerState v = ViewerFor(s);
+  v.services = &services;
   std::ofstream journal(DerivedName(s.files.inputName, ".jnl"));
   ViewerWindow window(s, v, journal ? &journal : nullptr);
   window.show();
