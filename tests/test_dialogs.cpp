@@ -9,10 +9,16 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QSettings>
+#include <QTextBrowser>
 #include <QTimer>
 
 #include "viewer_qt/qt_viewer.h"
+#include "test_support.h"
+#include "viewer/commands.h"
+#include "viewer_qt/help.h"
 #include "viewer_qt/table_dialog.h"
+#include "viewer_qt/windows.h"
 
 namespace quintor {
 namespace {
@@ -193,6 +199,35 @@ TEST(DialogJournal, AnswerLineRoundTrip) {
   EXPECT_EQ(DecodeDialogAnswer(line, back), DialogOk);
   EXPECT_EQ(back, v);
   EXPECT_EQ(DecodeDialogAnswer("", back), DialogCancel);
+}
+
+// F1 opens the help window with the key table on show and the README's
+// sections for users; the window keeps its size between runs.
+TEST_F(Dialogs, HelpWindowAndRememberedLayout) {
+  test::TempDir dir;
+  QSettings::setDefaultFormat(QSettings::IniFormat);
+  QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QString::fromStdString(dir.path.string()));
+  Session s;
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  {
+    ViewerWindow window(s, v);
+    window.RememberLayout();
+    window.Apply(DispatchKey(s, v, Extended(ext_key::F1), window.prompts()));
+    auto* help = window.findChild<QTextBrowser*>("HelpWindow");
+    ASSERT_NE(help, nullptr);
+    EXPECT_TRUE(help->isVisible());
+    const QString text = help->toPlainText();
+    EXPECT_TRUE(text.contains(QString::fromStdString(v.help.at(1)).trimmed()));
+    EXPECT_TRUE(text.contains("The fragment database"));
+    EXPECT_FALSE(text.contains("Robustness checks"));  // a section for developers
+    window.resize(1001, 777);
+    window.close();
+  }
+  ViewerWindow again(s, v);
+  again.RememberLayout();
+  EXPECT_EQ(again.size(), QSize(1001, 777));
 }
 
 }  // namespace

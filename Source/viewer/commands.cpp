@@ -197,7 +197,7 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
   Outcome out;
   if (key.code == 0 || key.code == 224) {
     switch (key.ext) {
-      case ext_key::F1: return out;  // no help viewer on this platform
+      case ext_key::F1: out.showHelp = true; return out;
       case ext_key::F2: return EnterGeometryView(v);
       case ext_key::F3: return v.hasVibrations ? EnterVibrationView(s, v, prompts) : out;
       case ext_key::F4: return NotYet(v);
@@ -286,7 +286,7 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
     case MenuCommand::GeometryOptimization: return GeometryOptimizationCommand(s, v, prompts);
     case MenuCommand::AddFragment: AddFragmentCommand(s, v, prompts); return out;
     case MenuCommand::StoreFragment: StoreFragmentCommand(s, v, prompts); return out;
-    case MenuCommand::Help: return out;  // no help viewer on this platform
+    case MenuCommand::Help: out.showHelp = true; return out;
     case MenuCommand::About:
       prompts.ShowMessage("QUINTOR v. 2.5\nA program for the molecular geometry visualization,normal mode "
                           "animation and thermochemical properties evaluation.\nQuintor for Linux: C++20 edition");

@@ -75,6 +75,7 @@ struct Outcome {
   bool beep = false;
   Ending ending = Ending::None;
   bool filmStarted = false; // a film begins: FilmTick at its pace until it ends
+  bool showHelp = false;    // F1 or Help > On-screen navigation: the help window
 };
 
 inline constexpr std::string_view NotAvailable = " Not available yet";

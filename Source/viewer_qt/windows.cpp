@@ -15,6 +15,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QSettings>
 #include <QTextCursor>
 #include <QVBoxLayout>
 
@@ -23,6 +24,7 @@
 #include "readers/elements.h"
 #include "viewer/scene.h"
 #include "viewer/vibration.h"
+#include "viewer_qt/help.h"
 #include "viewer_qt/paint.h"
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
@@ -248,7 +250,15 @@ void ViewerWindow::ShowNewMessages() {
     messages_->appendPlainText(QString::fromStdString(v_.messages[shownMessages_]));
 }
 
+void ViewerWindow::RememberLayout() {
+  remember_ = true;
+  QSettings settings("Quintor", "Quintor");
+  restoreGeometry(settings.value("window/geometry").toByteArray());
+  restoreState(settings.value("window/docks").toByteArray());
+}
+
 void ViewerWindow::Apply(const Outcome& out) {
+  if (out.showHelp) ShowHelpWindow(this, v_.help);
   if (out.helpChanged) {
     keys_->clear();
     for (const std::string& line : v_.help) keys_->appendPlainText(QString::fromStdString(line));
@@ -280,6 +290,11 @@ void ViewerWindow::FilmFrameDue() {
 
 void ViewerWindow::closeEvent(QCloseEvent* event) {
   if (ending_ == Ending::None) ending_ = Ending::Exit;  // the frame's close button ends the work as Q
+  if (remember_) {
+    QSettings settings("Quintor", "Quintor");
+    settings.setValue("window/geometry", saveGeometry());
+    settings.setValue("window/docks", saveState());
+  }
   event->accept();
 }
 
@@ -333,6 +348,7 @@ bool RunWindowsWith(Session& s, const WindowServices& services) {
   v.services = &services;
   std::ofstream journal(DerivedName(s.files.inputName, ".jnl"));
   ViewerWindow window(s, v, journal ? &journal : nullptr);
+  window.RememberLayout();
   window.show();
   QApplication::exec();
   return window.ending() == Ending::CalcTDAndQuit;

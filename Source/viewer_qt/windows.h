@@ -74,6 +74,8 @@ class ViewerWindow : public QMainWindow {
   SpectrumPane* spectrumPane() const { return spectrum_; }
   // One frame of a running film, as the film's timer gives it.
   void FilmFrameDue();
+  // Size and dock layout from the last run (QSettings), kept again at the close.
+  void RememberLayout();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -93,6 +95,7 @@ class ViewerWindow : public QMainWindow {
   QTimer filmTimer_;
   size_t shownMessages_ = 0;
   Ending ending_ = Ending::None;
+  bool remember_ = false;
 };
 
 }  // namespace quintor
