@@ -134,7 +134,7 @@ TEST(ViewerKeys, LaterWorkSaysNotAvailableAndEditedSetsAsk) {
   for (Key k : {Extended(ext_key::F4), Plain('c'), Plain('K'), Plain('Y'), Plain('J'), Plain('F')})
     DispatchKey(s, v, k, p);
   for (MenuCommand m : {MenuCommand::NewSession, MenuCommand::ViewParameters, MenuCommand::Thermodynamics,
-                        MenuCommand::ZMatrixMolecule, MenuCommand::AddFragment})
+                        MenuCommand::ZMatrixMolecule, MenuCommand::Reorient})
     DispatchMenu(s, v, m, p);
   EXPECT_EQ(v.messages, std::vector<std::string>(11, " Not available yet"));
   // No modes: F3 and V only redraw, and the help does not offer them.
