@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
   quintor::Session session;
 #ifdef QUINTOR_WINDOWS
   const quintor::Frontend windows{quintor::HasDisplay, quintor::RunWindows, quintor::SnapView,
-                                  quintor::PlotSpectrumPng, quintor::RunWindowsWith};
+                                  quintor::PlotSpectrumPng, quintor::RunWindowsWith, quintor::AskJobDialog};
   return quintor::RunQuintor(session, args, &windows);
 #else
   if (quintor::OpensWindows(args)) {

@@ -230,5 +230,39 @@ TEST_F(Dialogs, HelpWindowAndRememberedLayout) {
   EXPECT_EQ(again.size(), QSize(1001, 777));
 }
 
+// No input named: the job dialog until it has a name, its caption saying so.
+TEST_F(Dialogs, JobDialogAtTheStartInsistsOnAName) {
+  Session s;
+  std::vector<std::string> captions;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, [&] {
+    auto* d = dynamic_cast<TableDialog*>(QApplication::activeModalWidget());
+    if (d == nullptr) return;
+    captions.push_back(d->findChild<QLabel*>("c1004")->text().toStdString());
+    d->findChild<QLineEdit*>("c1000")->setText(captions.size() == 1 ? "" : "water.log");
+    d->findChild<QRadioButton*>("c1048")->click();
+    d->findChild<QAbstractButton*>("b1")->click();
+  });
+  timer.start(10);
+  ASSERT_TRUE(AskJobDialog(s));
+  ASSERT_EQ(captions.size(), 2u);
+  EXPECT_EQ(captions[1], "ERROR! Input file name can not be empty! Repeat input or press Cancel to quit:");
+  EXPECT_EQ(s.files.inputName, "water.log");
+  EXPECT_EQ(s.opt.formatCode, FormatCode::Gaussian09);
+}
+
+TEST(JobDialog, NoInputAndNoDisplayStopsWithStatus8) {
+  std::vector<std::pair<std::string, std::string>> saved;
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    if (const char* value = std::getenv(name)) saved.emplace_back(name, value);
+    unsetenv(name);
+  }
+  test::TempDir dir;
+  const test::ExeResult r = test::RunExe({}, "", dir.path.string());
+  for (const auto& [name, value] : saved) setenv(name.c_str(), value.c_str(), 1);
+  EXPECT_EQ(r.status, 8) << r.output;
+  EXPECT_NE(r.output.find(" ERROR! No display: use /0 for a batch run"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace quintor

@@ -96,12 +96,21 @@ std::string ScratchLogName() {
 
 // Start-up up to the read pass. Returns false when the run ended here, with
 // `status` set.
-bool StartUp(Session& s, LineReader& in, int& status) {
+bool StartUp(Session& s, LineReader& in, int& status, const Frontend* frontend, bool windowed) {
   TakeHomeDir(s);
   ReadConfig(s);
   CheckFragmentDb(s);
 
   RunFiles& f = s.files;
+  // No input named: the job dialog asks for it, when there are windows.
+  if (Trim(f.inputName).empty() && windowed && frontend->jobDialog) {
+    if (!frontend->hasDisplay()) {
+      status = exit_status::NoDisplay;
+      s.Console() << " ERROR! No display: use /0 for a batch run\n";
+      return false;
+    }
+    frontend->jobDialog(s);  // Cancel leaves the name blank
+  }
   if (Trim(f.inputName).empty()) {
     s.Console() << " No input file given. Usage: quintor <input file> [flags]; quintor --help lists the flags.\n";
     status = exit_status::NoInput;
@@ -204,10 +213,10 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
         break;
     }
     int status = exit_status::Ok;
-    if (!StartUp(s, in, status)) return Stop(s, status);
+    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty() && s.opt.playFile.empty();
+    if (!StartUp(s, in, status, frontend, windowed)) return Stop(s, status);
     // Windows are needed before the read pass; without a display the run
     // stops here, not inside the window system.
-    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty() && s.opt.playFile.empty();
     if (windowed && !frontend->hasDisplay())
       return StopWithMessage(s, " ERROR! No display: use /0 for a batch run", exit_status::NoDisplay);
     ReadPass(s, in, [&s] {

@@ -26,6 +26,9 @@ struct Frontend {
   // The same with the services of the Calculations menu; taken before
   // `interact` when set.
   std::function<bool(Session&, const WindowServices&)> interactWith;
+  // The job dialog "Set the input file name and job options", shown when no
+  // input was named; false for Cancel.
+  std::function<bool(Session&)> jobDialog;
 };
 
 // The evaluation and the engine's optimisation for the window.

@@ -26,6 +26,11 @@ bool RunWindows(Session& s);
 // The same with the Calculations menu served by `services`.
 bool RunWindowsWith(Session& s, const WindowServices& services);
 
+// The job dialog "Set the input file name and job options" until it has a
+// name (its caption says so) or is cancelled; OK sets the Session's input
+// name and options. False for Cancel.
+bool AskJobDialog(Session& s);
+
 // Paints the starting view of the last coordinate set into a PNG of the
 // view's default size (896 x 947), without a display.
 bool SnapView(Session& s, const std::string& pngFile);

@@ -354,6 +354,17 @@ bool RunWindowsWith(Session& s, const WindowServices& services) {
   return window.ending() == Ending::CalcTDAndQuit;
 }
 
+bool AskJobDialog(Session& s) {
+  EnsureQtApplication();
+  DialogValues values = JobDialogValues(s);
+  for (;;) {
+    if (RunTableDialog(112, values, nullptr) != DialogOk) return false;
+    const auto caption = ApplyJobDialog(values, s);
+    if (!caption) return true;
+    values[DialogNumber(112).captionId] = *caption;
+  }
+}
+
 bool SnapView(Session& s, const std::string& pngFile) {
   EnsureQtApplication(true);
   ViewerState v = ViewerFor(s);
