@@ -485,6 +485,10 @@ int AddFragmentCommand(Session& s, ViewerState& v, Prompts& prompts) {
   const bool oneHydrogen = v.marked.size() == 1 && b.z[v.marked.front() - 1] == 1;
   if (oneHydrogen) added = ReplaceHydrogen(b, v.marked.front(), db, name, elements);
   if (!oneHydrogen || added < 0) added = AddFragmentAt(b, db, name, point, elements);
+  if (b.Atoms() > MaxAtoms) {
+    prompts.ShowMessage(" Too many atoms: at most " + std::to_string(MaxAtoms));
+    return 0;
+  }
   if (oneHydrogen && added > 0) v.marked.clear();
   TakeStructure(s, v, b, elements);
   return std::max(added, 0);
