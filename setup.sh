@@ -31,6 +31,13 @@ configure() {  # configure DIR [cmake options...]
 configure build -DCMAKE_BUILD_TYPE=Release ${QUINTOR_CMAKE_OPTIONS:-}
 cmake --build build
 
+# The shipped fragment database goes to the home directory ($QUINTOR) when
+# that has none; a database there is never written over.
+home="${QUINTOR:-${Quintor:-}}"
+if [ -n "$home" ] && [ ! -e "$home/Quintor.fdb" ]; then
+  mkdir -p "$home" && cp data/Quintor.fdb "$home/Quintor.fdb" && echo "Installed the fragment database in $home"
+fi
+
 [ "${1:-}" = "--no-example" ] && exit 0
 
 # The batch jobs on the bundled examples, in a scratch copy so that the

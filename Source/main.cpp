@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
 #ifdef QUINTOR_WINDOWS
   const quintor::Frontend windows{quintor::HasDisplay, quintor::RunWindows, quintor::SnapView,
                                   quintor::AskYesNoDialog, quintor::AskTextDialog,
-                                  quintor::PlotSpectrumPng};
+                                  quintor::PlotSpectrumPng, quintor::RunWindowsWith, quintor::AskJobDialog};
   return quintor::RunQuintor(session, args, &windows);
 #else
   if (quintor::OpensWindows(args)) {

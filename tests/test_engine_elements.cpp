@@ -11,11 +11,16 @@
 
 #include "engine/engine.h"
 #include "engine/integrals.h"
+#include "io/fortran_io.h"
+#include "model/elements.h"
 #include "test_support.h"
 
 using namespace quintor::engine;
 
 namespace {
+
+// The element symbol without the table's padding.
+std::string Symbol(int z) { return std::string(quintor::Trim(quintor::ElementSymbol(z))); }
 
 struct Molecule {
   std::vector<int> z;
@@ -35,7 +40,7 @@ Molecule ReadXyz(const std::string& name) {
     std::array<double, 3> x{};
     in >> sym >> x[0] >> x[1] >> x[2];
     for (int z = 1; z <= kMaxElement; ++z)
-      if (sym == ElementSymbol(z)) m.z.push_back(z);
+      if (sym == Symbol(z)) m.z.push_back(z);
     m.x.push_back(x);
   }
   return m;
@@ -97,7 +102,7 @@ TEST(engineElements, EachElementMatchesMopacOrIsRefused) {
       } else {
         EXPECT_EQ(e.status, EngineStatus::NotRun);
         EXPECT_EQ(e.message, std::string(" ERROR! No reliable ") + MethodName(method) + " parameters for " +
-                                 ElementSymbol(element));
+                                 Symbol(element));
         EXPECT_NE(e.exitStatus, 0);
         ++refused;
       }
@@ -172,7 +177,7 @@ TEST(engineElements, UnrestrictedIsMopacsUhf) {
     std::array<double, 3> x{};
     while (ss >> sym >> x[0] >> x[1] >> x[2]) {
       for (int z = 1; z <= kMaxElement; ++z)
-        if (sym == ElementSymbol(z)) geometry[name].z.push_back(z);
+        if (sym == Symbol(z)) geometry[name].z.push_back(z);
       geometry[name].x.push_back(x);
     }
   }

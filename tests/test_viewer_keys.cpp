@@ -175,7 +175,7 @@ TEST(ViewerKeys, LaterWorkSaysNotAvailableAndEditedSetsAsk) {
   for (Key k : {Extended(ext_key::F4), Plain('c'), Plain('K'), Plain('Y'), Plain('J'), Plain('F')})
     DispatchKey(s, v, k, p);
   for (MenuCommand m : {MenuCommand::NewSession, MenuCommand::ViewParameters, MenuCommand::Thermodynamics,
-                        MenuCommand::ZMatrixMolecule, MenuCommand::AddFragment})
+                        MenuCommand::ZMatrixMolecule, MenuCommand::Reorient})
     DispatchMenu(s, v, m, p);
   // The keys say it; a menu item also says which one it is.
   EXPECT_EQ(std::vector<std::string>(v.messages.begin(), v.messages.begin() + 6),

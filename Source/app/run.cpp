@@ -140,15 +140,25 @@ void TakeXyzByName(Session& s) {
 // Start-up up to the read pass. Returns false when the run ended here, with
 // `status` set. `newStructure` is set when a windowed run on a missing input
 // goes to the viewer with no atoms instead.
-bool StartUp(Session& s, LineReader& in, int& status, const Frontend* windows, bool& newStructure) {
+bool StartUp(Session& s, LineReader& in, int& status, const Frontend* frontend, bool windowed,
+             bool& newStructure) {
   TakeHomeDir(s);
   ReadConfig(s);
   CheckFragmentDb(s);
 
   RunFiles& f = s.files;
+  // No input named: the job dialog asks for it, when there are windows.
+  if (Trim(f.inputName).empty() && windowed && frontend->jobDialog) {
+    if (!frontend->hasDisplay()) {
+      status = exit_status::NoDisplay;
+      s.Console() << " ERROR! No display: use /0 for a batch run\n";
+      return false;
+    }
+    frontend->jobDialog(s);  // Cancel leaves the name blank
+  }
   StatusMessage(s, " *** Reading the data ***");
-  if (windows && windows->hasDisplay() && !Exists(f.inputName)) {
-    if (!AskForNewStructure(s, *windows)) {  // No: a silent stop
+  if (windowed && frontend->hasDisplay() && !Trim(f.inputName).empty() && !Exists(f.inputName)) {
+    if (!AskForNewStructure(s, *frontend)) {  // No: a silent stop
       status = exit_status::NoInput;
       return false;
     }
@@ -265,7 +275,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     int status = exit_status::Ok;
     const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty() && s.opt.playFile.empty();
     bool newStructure = false;
-    if (!StartUp(s, in, status, windowed ? frontend : nullptr, newStructure)) return Stop(s, status);
+    if (!StartUp(s, in, status, frontend, windowed, newStructure)) return Stop(s, status);
     // Windows are needed before the read pass; without a display the run
     // stops here, not inside the window system.
     if (windowed && !frontend->hasDisplay())
@@ -299,7 +309,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
       }
     } else if (!s.opt.playFile.empty()) {
       if (ReplayPlayFile(s)) s.opt.doThermo = true;
-    } else if (windowed && frontend->interact(s)) {
+    } else if (windowed && (frontend->interactWith ? frontend->interactWith(s, RunServices()) : frontend->interact(s))) {
       s.opt.doThermo = true;
     }
     return EndRun(s);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "model/session.h"
+#include "viewer/services.h"
 
 namespace quintor {
 
@@ -26,7 +27,16 @@ struct Frontend {
   std::function<std::string(const std::string&, const std::string&)> askText;
   // Draws the broadened spectrum into a PNG file (/SPECTRUM@file.png).
   std::function<bool(Session&, const std::string&)> plotSpectrum;
+  // The same with the services of the Calculations menu; taken before
+  // `interact` when set.
+  std::function<bool(Session&, const WindowServices&)> interactWith;
+  // The job dialog "Set the input file name and job options", shown when no
+  // input was named; false for Cancel.
+  std::function<bool(Session&)> jobDialog;
 };
+
+// The evaluation and the engine's optimisation for the window.
+const WindowServices& RunServices();
 
 // Runs a session from the command-line arguments (without the program name)
 // and returns the exit status. Console text goes to s.console, one-key

@@ -68,6 +68,7 @@ bool ReplayPlayFile(Session& s) {
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
   FitStartingView(s, v.window.Aspect(), s.view);
+  v.services = &RunServices();
   return ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
 }
 

@@ -5,6 +5,8 @@
 #include <limits>
 
 #include "io/fortran_io.h"
+#include "viewer/calculations.h"
+#include "viewer/fragment_db.h"
 #include "viewer/scene.h"
 #include "viewer/vibration.h"
 #include "viewer/view_model.h"
@@ -218,7 +220,7 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
   Outcome out;
   if (key.code == 0 || key.code == 224) {
     switch (key.ext) {
-      case ext_key::F1: return out;  // no help viewer on this platform
+      case ext_key::F1: out.showHelp = true; return out;
       case ext_key::F2: return EnterGeometryView(v);
       case ext_key::F3: return v.hasVibrations ? EnterVibrationView(s, v, prompts) : out;
       case ext_key::F4: return NotYet(v);
@@ -304,7 +306,11 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
       prompts.ShowMessage(
           "To Mark/Unmark fragment, click LEFT/RIGHT MOUSE BUTTONS on the selected molecular fragment.");
       return out;
-    case MenuCommand::Help: return out;  // no help viewer on this platform
+    case MenuCommand::Thermodynamics: return ThermodynamicsCommand(s, v, prompts);
+    case MenuCommand::GeometryOptimization: return GeometryOptimizationCommand(s, v, prompts);
+    case MenuCommand::AddFragment: AddFragmentCommand(s, v, prompts); return out;
+    case MenuCommand::StoreFragment: StoreFragmentCommand(s, v, prompts); return out;
+    case MenuCommand::Help: out.showHelp = true; return out;
     case MenuCommand::About:
       prompts.ShowMessage("QUINTOR v. 2.5\nA program for the molecular geometry visualization,normal mode "
                           "animation and thermochemical properties evaluation.\nQuintor for Linux: C++20 edition");

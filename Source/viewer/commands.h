@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "model/session.h"
+#include "viewer/dialogs.h"
 #include "viewer/viewer_state.h"
 
 namespace quintor {
@@ -39,6 +40,10 @@ struct Prompts {
   virtual std::string AskText(const std::string& text, const std::string& value) = 0;
   virtual bool AskYesNo(const std::string& text) = 0;
   virtual void ShowMessage(const std::string& text) = 0;
+  // A dialog of the table (viewer/dialogs.h) shown with `values`, which come
+  // back as the user left them; the result is the code of the closing
+  // button. Without a dialog at hand: Cancel.
+  virtual int AskDialog(int number, DialogValues& values) { return DialogCancel; }
 };
 
 enum class MenuCommand {
@@ -71,6 +76,7 @@ struct Outcome {
   bool beep = false;
   Ending ending = Ending::None;
   bool filmStarted = false; // a film begins: FilmTick at its pace until it ends
+  bool showHelp = false;    // F1 or Help > On-screen navigation: the help window
 };
 
 inline constexpr std::string_view NotAvailable = " Not available yet";

@@ -61,6 +61,7 @@ struct ReplayPrompts : Prompts {
   std::string AskText(const std::string&, const std::string& value) override { return Take(value); }
   bool AskYesNo(const std::string&) override { return Take("no") == "yes"; }
   void ShowMessage(const std::string&) override {}
+  int AskDialog(int, DialogValues& values) override { return DecodeDialogAnswer(Take(""), values); }
 };
 
 }  // namespace
@@ -134,6 +135,12 @@ std::string RecordingPrompts::AskText(const std::string& text, const std::string
 bool RecordingPrompts::AskYesNo(const std::string& text) {
   const bool r = inner.AskYesNo(text);
   journal.Line(r ? "yes" : "no");
+  return r;
+}
+
+int RecordingPrompts::AskDialog(int number, DialogValues& values) {
+  const int r = inner.AskDialog(number, values);
+  journal.Line("answer " + EncodeDialogAnswer(r, values));
   return r;
 }
 

@@ -12,6 +12,8 @@
 //   set <n>            a click on the energy plot: coordinate set n
 //   answer <text>      the field of the prompt the action above asked
 //   yes, no            the answer of a Confirmation
+//   answer <code> <id>=<text><TAB><id>=<text>...   the answer of a dialog of
+//                      the table: the closing button and every field
 //   film <periods>     the film the action above started ended after 1 to 3 periods
 //   # ...              a comment; empty lines are skipped
 #pragma once
@@ -55,6 +57,7 @@ struct RecordingPrompts : Prompts {
   std::string AskText(const std::string& text, const std::string& value) override;
   bool AskYesNo(const std::string& text) override;
   void ShowMessage(const std::string& text) override { inner.ShowMessage(text); }
+  int AskDialog(int number, DialogValues& values) override;
 };
 
 // Replays a journal on a viewer that StartViewer and LoadCoordinateSet made

@@ -265,7 +265,7 @@ Outcome DispatchVibrationKey(Session& s, ViewerState& v, Key key, Prompts& promp
   Outcome out;
   if (key.code == 0 || key.code == 224) {
     switch (key.ext) {
-      case ext_key::F1: return out;
+      case ext_key::F1: out.showHelp = true; return out;
       case ext_key::F2: return BackToGeometry(s, v);
       case ext_key::F4: v.messages.emplace_back(std::string(NotAvailable) + ": F4  Edit Structure"); return out;
       case ext_key::F10: out.ending = Ending::Exit; return out;

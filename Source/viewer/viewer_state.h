@@ -11,6 +11,9 @@
 
 namespace quintor {
 
+struct ElementTable;    // viewer/fragment_db.h
+struct WindowServices;  // viewer/services.h
+
 // The drawing surface in pixels; the world rectangle follows from it.
 struct WorldWindow {
   int width = 896, height = 947;
@@ -79,6 +82,9 @@ struct ViewerState {
   std::string setLine;                 // row 1 of the Molecular view
   std::vector<std::string> help;       // the Control keys pane
   std::vector<std::string> messages;   // lines the viewer adds to the Message window
+
+  const ElementTable* elements = nullptr;  // the readers' table, for the fragment database
+  const WindowServices* services = nullptr;  // the Calculations menu
 
   Film film;                           // the Vibration view
   bool showArrows = false;             // displacement arrows of film.currentMode

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "model/session.h"
+#include "viewer/services.h"
 
 namespace quintor {
 
@@ -22,6 +23,13 @@ void EnsureQtApplication(bool offscreen = false);
 // Message window and the Control keys, until the user ends the work.
 // True when the end asked for the evaluation ("CalcTD and Quit").
 bool RunWindows(Session& s);
+// The same with the Calculations menu served by `services`.
+bool RunWindowsWith(Session& s, const WindowServices& services);
+
+// The job dialog "Set the input file name and job options" until it has a
+// name (its caption says so) or is cancelled; OK sets the Session's input
+// name and options. False for Cancel.
+bool AskJobDialog(Session& s);
 
 // The "Confirmation" and "Input new value" dialogs on their own, before the
 // main window is up.

@@ -22,6 +22,7 @@
 #include <QScrollBar>
 #include <QStyle>
 #include <QTextDocument>
+#include <QSettings>
 #include <QTextCursor>
 #include <QVBoxLayout>
 
@@ -31,9 +32,12 @@
 #include "viewer/scene.h"
 #include "viewer/vibration.h"
 #include "viewer/view_model.h"
+#include "viewer_qt/help.h"
 #include "viewer_qt/paint.h"
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
+#include "viewer_qt/table_dialog.h"
+#include "viewer/fragment_db.h"
 
 namespace quintor {
 
@@ -115,6 +119,8 @@ bool DialogPrompts::AskYesNo(const std::string& text) {
   box.exec();
   return box.clickedButton() == yes;
 }
+
+int DialogPrompts::AskDialog(int number, DialogValues& values) { return RunTableDialog(number, values, parent); }
 
 void DialogPrompts::ShowMessage(const std::string& text) {
   QMessageBox box(parent);
@@ -308,7 +314,15 @@ void ViewerWindow::ShowNewMessages() {
     messages_->appendPlainText(QString::fromStdString(v_.messages[shownMessages_]));
 }
 
+void ViewerWindow::RememberLayout() {
+  remember_ = true;
+  QSettings settings("Quintor", "Quintor");
+  restoreGeometry(settings.value("window/geometry").toByteArray());
+  restoreState(settings.value("window/docks").toByteArray());
+}
+
 void ViewerWindow::Apply(const Outcome& out) {
+  if (out.showHelp) ShowHelpWindow(this, v_.help);
   if (out.helpChanged) {
     keys_->clear();
     for (const std::string& line : v_.help) keys_->appendPlainText(QString::fromStdString(line));
@@ -341,6 +355,11 @@ void ViewerWindow::FilmFrameDue() {
 
 void ViewerWindow::closeEvent(QCloseEvent* event) {
   if (ending_ == Ending::None) ending_ = Ending::Exit;  // the frame's close button ends the work as Q
+  if (remember_) {
+    QSettings settings("Quintor", "Quintor");
+    settings.setValue("window/geometry", saveGeometry());
+    settings.setValue("window/docks", saveState());
+  }
   event->accept();
 }
 
@@ -367,8 +386,17 @@ void EnsureQtApplication(bool offscreen) {
 
 namespace {
 
+// The readers' element table, for the fragment database.
+const ElementTable& ReaderElements() {
+  static const ElementTable table{[](std::string_view label) { return ElementNumber(label); },
+                                  [](int z) { return std::string(Trim(ElementSymbol(z))); },
+                                  [](int z) { return DefaultMass(z); }};
+  return table;
+}
+
 ViewerState ViewerFor(Session& s) {
   ViewerState v;
+  v.elements = &ReaderElements();
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
@@ -378,11 +406,15 @@ ViewerState ViewerFor(Session& s) {
 
 }  // namespace
 
-bool RunWindows(Session& s) {
+bool RunWindows(Session& s) { return RunWindowsWith(s, WindowServices{}); }
+
+bool RunWindowsWith(Session& s, const WindowServices& services) {
   EnsureQtApplication();
   ViewerState v = ViewerFor(s);
+  v.services = &services;
   std::ofstream journal(DerivedName(s.files.inputName, ".jnl"));
   ViewerWindow window(s, v, journal ? &journal : nullptr);
+  window.RememberLayout();
   window.show();
   QApplication::exec();
   return window.ending() == Ending::CalcTDAndQuit;
@@ -398,6 +430,17 @@ std::string AskTextDialog(const std::string& text, const std::string& value) {
   EnsureQtApplication();
   DialogPrompts prompts;
   return prompts.AskText(text, value);
+}
+
+bool AskJobDialog(Session& s) {
+  EnsureQtApplication();
+  DialogValues values = JobDialogValues(s);
+  for (;;) {
+    if (RunTableDialog(112, values, nullptr) != DialogOk) return false;
+    const auto caption = ApplyJobDialog(values, s);
+    if (!caption) return true;
+    values[DialogNumber(112).captionId] = *caption;
+  }
 }
 
 bool SnapView(Session& s, const std::string& pngFile) {

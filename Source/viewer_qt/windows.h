@@ -33,6 +33,7 @@ struct DialogPrompts : Prompts {
   std::string AskText(const std::string& text, const std::string& value) override;
   bool AskYesNo(const std::string& text) override;
   void ShowMessage(const std::string& text) override;
+  int AskDialog(int number, DialogValues& values) override;
 };
 
 // The drawing surface: paints the Scene of the state whole on every frame,
@@ -84,6 +85,8 @@ class ViewerWindow : public QMainWindow {
   EnergyPane* energyPane() const { return energy_; }
   // One frame of a running film, as the film's timer gives it.
   void FilmFrameDue();
+  // Size and dock layout from the last run (QSettings), kept again at the close.
+  void RememberLayout();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -104,6 +107,7 @@ class ViewerWindow : public QMainWindow {
   QTimer filmTimer_;
   size_t shownMessages_ = 0;
   Ending ending_ = Ending::None;
+  bool remember_ = false;
 };
 
 }  // namespace quintor
