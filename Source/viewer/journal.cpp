@@ -25,14 +25,14 @@ constexpr std::array<ExtName, 19> kExtNames = {{
 }};
 
 // In the order of MenuCommand.
-constexpr std::array<std::string_view, 38> kMenuNames = {
+constexpr std::array<std::string_view, 41> kMenuNames = {
     "NewSession", "CalcTDAndQuit", "Exit", "GeometryView", "VibrationView", "EditStructure", "Axes", "Perspective",
     "Labels", "Balls", "RotationStep", "TranslationStep", "PerspectiveFactor", "ViewParameters", "Thermodynamics",
     "GeometryOptimization", "NextSet", "PreviousSet", "FirstSet", "LastSet", "MarkAtomsHelp", "Connect",
     "SaveConfiguration", "ZMatrixMolecule", "Reorient", "MarkFragmentHelp", "AddFragment", "ZMatrixAtom",
     "BondOperation", "ReorientByZMatrix", "ReorientOXZ", "PlaceAtOrigin", "RemoveFragment", "SaveFragment",
-    "ZMatrixFragment", "StoreFragment", "Help", "About"};
-static_assert(static_cast<size_t>(MenuCommand::About) + 1 == kMenuNames.size());
+    "ZMatrixFragment", "StoreFragment", "Help", "About", "Undo", "Redo", "SetInternal"};
+static_assert(static_cast<size_t>(MenuCommand::SetInternal) + 1 == kMenuNames.size());
 
 std::string Shortest(double value) {
   std::array<char, 32> buffer{};
