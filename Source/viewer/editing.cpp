@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cctype>
 #include <cmath>
 
 #include "io/fortran_io.h"
 #include "numeric/jacobi.h"
-#include "readers/elements.h"
 #include "viewer/internal_coords.h"
 #include "viewer/scene.h"
 #include "viewer/view_model.h"
@@ -121,6 +121,13 @@ std::string CoordText(const Vec3& x) {
 }
 
 }  // namespace
+
+std::string SymbolOf(const Session& s, const ViewerState& v, int atom) {
+  if (static_cast<size_t>(atom - 1) < v.symbols.size()) return std::string(Trim(v.symbols[atom - 1]));
+  std::string name(Trim(s.atomName[atom - 1]));
+  while (!name.empty() && !std::isalpha(static_cast<unsigned char>(name.back()))) name.pop_back();
+  return name;
+}
 
 void EnsureFragmentMarks(const Session& s, ViewerState& v) {
   if (static_cast<int>(v.fragmentMark.size()) != s.nAtoms) v.fragmentMark.assign(s.nAtoms, 0);
@@ -446,7 +453,7 @@ void SaveFragmentConfiguration(Session& s, const ViewerState& v, Prompts& p) {
     int running = 0;
     for (int i = 0; i < s.nAtoms; ++i) {
       if (!written(i)) continue;
-      std::string name = std::string(Trim(ElementSymbol(s.atomicNumber[i]))) + std::to_string(++running);
+      std::string name = SymbolOf(s, v, i + 1) + std::to_string(++running);
       name.resize(5, ' ');
       const Vec3 x = lab ? LabCoords(s.view, s.xyz[i]) : s.xyz[i];
       std::string line = " ";

@@ -14,6 +14,10 @@
 
 namespace quintor {
 
+// The element symbol of an atom (1-based) without blanks: the viewer's
+// list when the run gave one, else the atom's label without its digits.
+std::string SymbolOf(const Session& s, const ViewerState& v, int atom);
+
 // The fragment of the edit mode is sized to the atoms (all out).
 void EnsureFragmentMarks(const Session& s, ViewerState& v);
 bool InFragment(const ViewerState& v, int atom);  // 1-based

@@ -6,7 +6,6 @@
 #include <fstream>
 
 #include "io/fortran_io.h"
-#include "readers/elements.h"
 #include "viewer/editing.h"
 #include "viewer/internal_coords.h"
 
@@ -25,8 +24,8 @@ const char* const kFragmentMarks =
 
 std::string Label(const Session& s, int atom) { return FmtA(Trim(s.atomName[atom - 1]), 5); }
 
-std::string NewLabel(const Session& s, int atom, int number) {
-  return std::string(Trim(ElementSymbol(s.atomicNumber[atom - 1]))) + std::to_string(number);
+std::string NewLabel(const Session& s, const ViewerState& v, int atom, int number) {
+  return SymbolOf(s, v, atom) + std::to_string(number);
 }
 
 // A value typed in a dialog that differs from the present one by less than
@@ -97,7 +96,8 @@ std::vector<ZRow> StructureZRows(const Session& s, int a, int b, int c) {
   return rows;
 }
 
-bool WriteGaussianZMatrix(const Session& s, const std::vector<ZRow>& rows, const std::string& path) {
+bool WriteGaussianZMatrix(const Session& s, const ViewerState& v, const std::vector<ZRow>& rows,
+                          const std::string& path) {
   std::ofstream out(path);
   if (!out) return false;
   std::vector<int> number(s.nAtoms + 1, 0);
@@ -106,7 +106,7 @@ bool WriteGaussianZMatrix(const Session& s, const std::vector<ZRow>& rows, const
   for (size_t k = 0; k < rows.size(); ++k) {
     const ZRow& r = rows[k];
     const std::string id = std::to_string(k + 1);
-    std::string line(Trim(ElementSymbol(s.atomicNumber[r.atom - 1])));
+    std::string line = SymbolOf(s, v, r.atom);
     if (r.ref1) line += "  " + std::to_string(number[r.ref1]) + "  r" + id;
     if (r.ref2) line += "  " + std::to_string(number[r.ref2]) + "  a" + id;
     if (r.ref3) line += "  " + std::to_string(number[r.ref3]) + "  d" + id;
@@ -124,7 +124,7 @@ bool WriteGaussianZMatrix(const Session& s, const std::vector<ZRow>& rows, const
   return static_cast<bool>(out);
 }
 
-void PlaceAtom(Session& s, int type, int x, int a, int b, int c, double r, double second, double dihedral,
+void PlaceAtom(Session& s, const ViewerState& v, int type, int x, int a, int b, int c, double r, double second, double dihedral,
                const Vec3& cartesian) {
   Vec3& target = s.xyz[x - 1];
   if (type == 3) {
@@ -142,8 +142,8 @@ void PlaceAtom(Session& s, int type, int x, int a, int b, int c, double r, doubl
       const double d = Distance(s.xyz[i - 1] - s.xyz[j - 1]) / kA;
       if (d >= 1e-4) continue;
       s.log.Line(), s.log.Line();
-      s.log.Line(" WARNING ! Atoms " + FmtI(i, 2) + "(" + FmtA(ElementSymbol(s.atomicNumber[i - 1]), 2) + ") and " +
-                 FmtI(j, 2) + "(" + FmtA(ElementSymbol(s.atomicNumber[j - 1]), 2) + ") are separated by distance " +
+      s.log.Line(" WARNING ! Atoms " + FmtI(i, 2) + "(" + FmtA(SymbolOf(s, v, i), 2) + ") and " + FmtI(j, 2) + "(" +
+                 FmtA(SymbolOf(s, v, j), 2) + ") are separated by distance " +
                  FmtF(d, 10, 6) + " A.");
       s.log.Line(" " + FmtI(x, 3) + FmtI(s.atomicNumber[x - 1], 3) + FmtF(r, 15, 6) + FmtF(second, 15, 6) +
                  FmtF(dihedral, 15, 6) + FmtI(a, 3) + FmtI(b, 3) + FmtI(c, 3));
@@ -193,7 +193,7 @@ int ZMatrixForAtom(Session& s, ViewerState& v, Prompts& p) {
     if (type == 2) row += FmtI(1, 5);
   }
   s.log.Line(row);
-  PlaceAtom(s, type, x, a, b, c, value[0], value[1], value[2], value);
+  PlaceAtom(s, v, type, x, a, b, c, value[0], value[1], value[2], value);
   v.structureEdited = true;
   return 1;
 }
@@ -228,7 +228,7 @@ int ZMatrixForFragment(Session& s, ViewerState& v, Prompts& p) {
   for (const ZRow& r : rows) number[r.atom] = ++next;
   for (int i = 1; i <= s.nAtoms; ++i)
     if (number[i] == 0) number[i] = ++next;
-  auto newLabel = [&](int i) { return NewLabel(s, i, number[i]); };
+  auto newLabel = [&](int i) { return NewLabel(s, v, i, number[i]); };
   log.Line(), log.Line();
   log.Line(" Z-matrix for the marked fragment (sorted, new numeration of atoms):");
   for (const ZRow& r : rows)
@@ -261,7 +261,7 @@ int ZMatrixForStructure(Session& s, ViewerState& v, Prompts& p) {
     log.Line(FmtI(static_cast<long long>(k) + 1, 5) + "   " + Label(s, rows[k].atom) + Groups(rows[k], 12, oldLabel));
   std::vector<int> number(s.nAtoms + 1, 0);
   for (size_t k = 0; k < rows.size(); ++k) number[rows[k].atom] = static_cast<int>(k) + 1;
-  auto newLabel = [&](int i) { return NewLabel(s, i, number[i]); };
+  auto newLabel = [&](int i) { return NewLabel(s, v, i, number[i]); };
   log.Line(), log.Line();
   log.Line(" Generated Z-matrix for the whole structure (ATTENTION! New atom numeration!):");
   for (const ZRow& r : rows) log.Line(FmtA(newLabel(r.atom), 5) + Groups(r, 12, newLabel));

@@ -38,11 +38,12 @@ std::vector<ZRow> StructureZRows(const Session& s, int a, int b, int c);
 // Writes `rows` as a Gaussian Z-matrix input (route, title, charge and
 // multiplicity, the rows by atom number, then "Variables:" with the
 // values), which Gaussian and Open Babel read. False when it can not write.
-bool WriteGaussianZMatrix(const Session& s, const std::vector<ZRow>& rows, const std::string& path);
+bool WriteGaussianZMatrix(const Session& s, const ViewerState& v, const std::vector<ZRow>& rows,
+                          const std::string& path);
 
 // X from typed values: type 1 length, angle, dihedral; 2 length to A,
 // length to B, dihedral; 3 Cartesian. Lengths in A. Writes X's new place.
-void PlaceAtom(Session& s, int type, int x, int a, int b, int c, double r, double second, double dihedral,
+void PlaceAtom(Session& s, const ViewerState& v, int type, int x, int a, int b, int c, double r, double second, double dihedral,
                const Vec3& cartesian);
 
 int ZMatrixForAtom(Session& s, ViewerState& v, Prompts& p);
