@@ -21,7 +21,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, SAVE, ZMAT
 };
 
 struct OptionWord {
@@ -29,7 +29,7 @@ struct OptionWord {
   Opt opt;
 };
 
-constexpr std::array<OptionWord, 58> kOptions = {{
+constexpr std::array<OptionWord, 60> kOptions = {{
     {"/X", Opt::X},            {"/NXYZ", Opt::NXYZ},      {"/NDXYZ", Opt::NDXYZ},    {"/DNXYZ", Opt::DNXYZ},
     {"/TT", Opt::TT},          {"/PP", Opt::PP},          {"/ROTNUM", Opt::ROTNUM},  {"/ROT", Opt::ROT},
     {"/ORIENT", Opt::ORIENT},  {"/TS", Opt::TS},          {"/AU", Opt::AU},          {"/BOHR", Opt::BOHR},
@@ -45,6 +45,7 @@ constexpr std::array<OptionWord, 58> kOptions = {{
     {"/IRMC", Opt::IRMC},      {"/SNAP@", Opt::SNAP},     {"/ENGINE", Opt::ENGINE},  {"/HOF", Opt::HOF},
     {"/GEOOPT", Opt::GEOOPT},  {"/SCAN", Opt::SCAN},
     {"/MODE", Opt::MODE},      {"/DISTORT", Opt::DISTORT}, {"/SPECTRUM@", Opt::SPECTRUM}, {"/PLAY@", Opt::PLAY},
+    {"/SAVE@", Opt::SAVE},     {"/ZMAT@", Opt::ZMAT},
 }};
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -256,6 +257,8 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     }
     case Opt::SPECTRUM: o.spectrumFile = Cut(Trim(original), MaxLine); break;
     case Opt::PLAY: o.playFile = Cut(Trim(original), MaxLine); break;
+    case Opt::SAVE: o.saveFile = Cut(Trim(original), MaxLine); break;
+    case Opt::ZMAT: o.zmatFile = Cut(Trim(original), MaxLine); break;
     case Opt::IRMC: {
       o.monteCarlo = true;
       int n = 0;
@@ -311,7 +314,8 @@ bool OpensWindows(const std::vector<std::string>& args) {
   // A journal replays without windows; a spectrum picture needs the painter.
   const std::string& spectrum = s.opt.spectrumFile;
   const bool spectrumPng = spectrum.size() > 4 && Upper(spectrum.substr(spectrum.size() - 4)) == ".PNG";
-  if (!s.opt.playFile.empty() && s.opt.snapFile.empty() && !spectrumPng) return false;
+  const bool replay = !s.opt.playFile.empty() || !s.opt.saveFile.empty() || !s.opt.zmatFile.empty();
+  if (replay && s.opt.snapFile.empty() && !spectrumPng) return false;
   return !s.opt.noGraphics || !s.opt.snapFile.empty() || spectrumPng;
 }
 

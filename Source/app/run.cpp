@@ -207,7 +207,8 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     if (!StartUp(s, in, status)) return Stop(s, status);
     // Windows are needed before the read pass; without a display the run
     // stops here, not inside the window system.
-    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty() && s.opt.playFile.empty();
+    const bool replay = !s.opt.playFile.empty() || !s.opt.saveFile.empty() || !s.opt.zmatFile.empty();
+    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty() && !replay;
     if (windowed && !frontend->hasDisplay())
       return StopWithMessage(s, " ERROR! No display: use /0 for a batch run", exit_status::NoDisplay);
     ReadPass(s, in, [&s] {
@@ -224,7 +225,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     if (frontend && !s.opt.snapFile.empty()) {
       if (!frontend->snapshot(s, s.opt.snapFile))
         s.Console() << " WARNING! Can not write " << s.opt.snapFile << "\n";
-    } else if (!s.opt.playFile.empty()) {
+    } else if (replay) {
       if (ReplayPlayFile(s)) s.opt.doThermo = true;
     } else if (windowed && frontend->interact(s)) {
       s.opt.doThermo = true;

@@ -9,6 +9,7 @@
 #include "readers/elements.h"
 #include "viewer/journal.h"
 #include "viewer/scene.h"
+#include "viewer/structure_files.h"
 #include "viewer/vibration.h"
 
 namespace quintor {
@@ -60,13 +61,22 @@ void RunVibrationEntries(Session& s, const Frontend* frontend) {
 }
 
 bool ReplayPlayFile(Session& s) {
-  std::ifstream in(s.opt.playFile);
-  if (!in) throw FatalReadError(FieldPlace{s.opt.playFile, 0, 0, 0, "journal"}, "the file can not be read");
   ViewerState v;
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
-  return ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
+  bool thermo = false;
+  if (!s.opt.playFile.empty()) {
+    std::ifstream in(s.opt.playFile);
+    if (!in) throw FatalReadError(FieldPlace{s.opt.playFile, 0, 0, 0, "journal"}, "the file can not be read");
+    thermo = ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
+  }
+  // The structure as the journal left it.
+  if (!s.opt.saveFile.empty() && !WriteStructureFile(s, v, s.opt.saveFile))
+    s.Console() << " WARNING! Can not write " << s.opt.saveFile << " (extensions: xyz, gjf, com, mop, inp)\n";
+  if (!s.opt.zmatFile.empty() && !WriteStructureZMatrix(s, v, s.opt.zmatFile))
+    s.Console() << " WARNING! Can not write " << s.opt.zmatFile << "\n";
+  return thermo;
 }
 
 }  // namespace quintor

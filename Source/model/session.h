@@ -128,6 +128,8 @@ struct Options {
   double distortAmplitude = 0.1;      // A
   std::string spectrumFile;           // /SPECTRUM@file.csv or .png
   std::string playFile;               // /PLAY@file: replay a journal of the interactive stage
+  std::string saveFile;               // /SAVE@file.xyz|gjf|mop|inp: the structure after the journal
+  std::string zmatFile;               // /ZMAT@file.gzmat: its Z-matrix
 };
 
 // Names of the files of the run.
