@@ -316,4 +316,12 @@ TEST(SaveConfiguration, WritesBothFramesInAngstrom) {
   EXPECT_NE(log.find("\n H15     1     3.107190   -0.426710    2.664970   5   0"), std::string::npos);
   EXPECT_EQ(CountText(log, std::string(79, '*')), 4);
   EXPECT_NE(log.find("Coordinates in a laboratory  (fixed)  frame, (A):"), std::string::npos);
+  // File -> Save as, by the extension; an unknown one is refused with a message.
+  p.text = {dir.File("b.xyz"), dir.File("b.pdf")};
+  DispatchMenu(s, v, MenuCommand::SaveAs, p);
+  DispatchMenu(s, v, MenuCommand::SaveAs, p);
+  const auto lines = FileLines(dir.File("b.xyz"));
+  ASSERT_EQ(lines.size(), 17u);
+  EXPECT_EQ(Words(lines[16]), (std::vector<std::string>{"H", "3.1071900000", "-0.4267100000", "2.6649700000"}));
+  EXPECT_EQ(p.asked.back(), "Can not write " + dir.File("b.pdf") + " (extensions: xyz, gjf, com, mop, inp, gzmat)");
 }

@@ -72,7 +72,9 @@ bool ReplayPlayFile(Session& s) {
     thermo = ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
   }
   // The structure as the journal left it.
-  if (!s.opt.saveFile.empty() && !WriteStructureFile(s, v, s.opt.saveFile))
+  const std::string& save = s.opt.saveFile;
+  const bool zmat = save.size() > 6 && save.ends_with(".gzmat");
+  if (!save.empty() && !(zmat ? WriteStructureZMatrix(s, v, save) : WriteStructureFile(s, v, save)))
     s.Console() << " WARNING! Can not write " << s.opt.saveFile << " (extensions: xyz, gjf, com, mop, inp)\n";
   if (!s.opt.zmatFile.empty() && !WriteStructureZMatrix(s, v, s.opt.zmatFile))
     s.Console() << " WARNING! Can not write " << s.opt.zmatFile << "\n";

@@ -13,9 +13,10 @@ namespace quintor {
 
 namespace {
 
-constexpr std::array<MenuEntry, 48> kMenu = {{
+constexpr std::array<MenuEntry, 49> kMenu = {{
     {"&File", "", MenuCommand::NewSession},
     {"&File", "&New Session", MenuCommand::NewSession},
+    {"&File", "Save &as (xyz, gjf, mop, inp, gzmat)", MenuCommand::SaveAs},
     {"&File", "CalcTD and &Quit", MenuCommand::CalcTDAndQuit},
     {"&File", "E&xit", MenuCommand::Exit},
     {"&Mode", "", MenuCommand::GeometryView},

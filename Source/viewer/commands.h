@@ -50,7 +50,7 @@ enum class MenuCommand {
   MarkFragmentHelp, AddFragment, ZMatrixAtom, BondOperation, ReorientByZMatrix, ReorientOXZ, PlaceAtOrigin,
   RemoveFragment, SaveFragment, ZMatrixFragment, StoreFragment,
   Help, About,
-  Undo, Redo, SetInternal,
+  Undo, Redo, SetInternal, SaveAs,
 };
 
 // One item of the menu bar, in order; an empty `text` starts a new menu

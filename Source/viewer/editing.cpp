@@ -10,6 +10,7 @@
 #include "numeric/jacobi.h"
 #include "viewer/internal_coords.h"
 #include "viewer/scene.h"
+#include "viewer/structure_files.h"
 #include "viewer/view_model.h"
 #include "viewer/zmatrix_tools.h"
 
@@ -698,6 +699,13 @@ std::optional<Outcome> DispatchEditMenu(Session& s, ViewerState& v, MenuCommand 
     case MenuCommand::ZMatrixFragment: return undoable("Z-matrix of the fragment", [&] { ZMatrixForFragment(s, v, p); });
     case MenuCommand::Undo: if (!Undo(s, v)) out.beep = true; return out;
     case MenuCommand::Redo: if (!Redo(s, v)) out.beep = true; return out;
+    case MenuCommand::SaveAs: {
+      const std::string path = p.AskText(" Save the structure as (.xyz, .gjf, .mop, .inp, .gzmat):", "structure.xyz");
+      const bool zmat = path.size() > 6 && path.ends_with(".gzmat");
+      if (!(zmat ? WriteStructureZMatrix(s, v, path) : WriteStructureFile(s, v, path)))
+        p.ShowMessage("Can not write " + path + " (extensions: xyz, gjf, com, mop, inp, gzmat)");
+      return out;
+    }
     case MenuCommand::SetInternal:
       return undoable("set bond length, angle or dihedral", [&] { SetInternalCoordinate(s, v, p); });
     default: return std::nullopt;
