@@ -16,6 +16,7 @@
 #include "viewer/commands.h"
 #include "viewer/editing.h"
 #include "viewer/internal_coords.h"
+#include "viewer/structure_files.h"
 #include "viewer/zmatrix_tools.h"
 #include "viewer_support.h"
 
@@ -238,4 +239,36 @@ TEST(SaveStructure, FourFormatsAfterAJournalReadBack) {
       for (int k = 0; k < 3; ++k) EXPECT_NEAR(atoms[i].second[k], first[i].second[k], 1e-5);
     }
   }
+}
+
+TEST(ZMatrixFile, ChiralCentreKeepsItsHandednessInOpenBabel) {
+  // (S)-butan-2-ol in A from Open Babel's builder; C2 is the centre.
+  const double xyz[15][3] = {
+      {3.01716, 0.28835, -1.48191}, {2.56338, -0.07197, -0.07414}, {1.13863, -0.07938, -0.04275},
+      {3.10677, 0.91702, 0.96212},  {2.69804, 0.54848, 2.38218},   {4.10696, 0.24715, -1.57233},
+      {2.68083, 1.29380, -1.75869}, {2.57888, -0.40090, -2.21188}, {2.90202, -1.08595, 0.16542},
+      {0.83112, 0.82071, -0.24548}, {2.72664, 1.92363, 0.74909},   {4.20067, 0.95810, 0.90282},
+      {1.60960, 0.50932, 2.48870},  {3.07761, 1.29332, 3.08888},   {3.10719, -0.42671, 2.66497}};
+  const int z[15] = {6, 6, 8, 6, 6, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+  Session s;
+  std::vector<HandAtom> atoms;
+  for (int i = 0; i < 15; ++i)
+    atoms.push_back({z[i], z[i] == 6 ? "C" : z[i] == 8 ? "O" : "H", {kA * xyz[i][0], kA * xyz[i][1], kA * xyz[i][2]}});
+  HandMolecule(s, atoms);
+  ViewerState v;
+  v.marked = {2, 3, 1};
+  TempDir dir;
+  ASSERT_TRUE(WriteStructureZMatrix(s, v, dir.File("b.gzmat")));
+  const auto ob = ViaOpenBabel("gzmat", dir.File("b.gzmat"), dir);
+  ASSERT_EQ(ob.size(), 15u);
+  // The file's rows start with C2, O3, C1; find every atom back by its distances to those three.
+  auto volume = [](const Vec3& c, const Vec3& a, const Vec3& b, const Vec3& d) { return Dot(a - c, Cross(b - c, d - c)); };
+  const std::vector<ZRow> rows = StructureZRows(s, 2, 3, 1);
+  std::vector<Vec3> back(15);
+  for (size_t k = 0; k < rows.size(); ++k) back[rows[k].atom - 1] = ob[k].second;
+  const double before = volume(s.xyz[1], s.xyz[2], s.xyz[0], s.xyz[3]);
+  const double after = volume(back[1], back[2], back[0], back[3]);
+  EXPECT_GT(before * after, 0.0);  // the same enantiomer, not its mirror image
+  for (int i = 0; i < 15; ++i)
+    for (int j = 0; j < i; ++j) EXPECT_NEAR(Norm(back[i] - back[j]), Norm(s.xyz[i] - s.xyz[j]) / kA, 2e-5);
 }
