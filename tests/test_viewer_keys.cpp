@@ -172,19 +172,12 @@ TEST(ViewerKeys, LaterWorkSaysNotAvailableAndEditedSetsAsk) {
   ViewerState v;
   OpenOnFourSets(s, v);
   ScriptedPrompts p;
-  for (Key k : {Extended(ext_key::F4), Plain('c'), Plain('K'), Plain('Y'), Plain('J'), Plain('F')})
-    DispatchKey(s, v, k, p);
-  for (MenuCommand m : {MenuCommand::NewSession, MenuCommand::ViewParameters, MenuCommand::Thermodynamics,
-                        MenuCommand::ZMatrixMolecule, MenuCommand::Reorient})
-    DispatchMenu(s, v, m, p);
-  // The keys say it; a menu item also says which one it is.
-  EXPECT_EQ(std::vector<std::string>(v.messages.begin(), v.messages.begin() + 6),
-            std::vector<std::string>(6, " Not available yet"));
-  EXPECT_EQ(v.messages[6], " Not available yet: New Session");
-  EXPECT_EQ(v.messages[10], " Not available yet: N  Add new atom/fragment");
+  // A menu item not built yet says which one it is.
+  DispatchMenu(s, v, MenuCommand::NewSession, p);
+  EXPECT_EQ(v.messages, std::vector<std::string>{" Not available yet: New Session"});
   // No modes: F3 and V only redraw, and the help does not offer them.
   DispatchKey(s, v, Plain('v'), p);
-  EXPECT_EQ(v.messages.size(), 11u);
+  EXPECT_EQ(v.messages.size(), 1u);
   EXPECT_EQ(v.help.size(), 28u);
   EXPECT_EQ(v.help[0], " *** Geometry view mode ***      ");
   EXPECT_EQ(GeometryHelp(true).size(), 30u);

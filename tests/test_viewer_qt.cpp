@@ -155,7 +155,7 @@ TEST(ViewerQt, MainWindowHasThreePanesAndTakesKeys) {
   EXPECT_DOUBLE_EQ(s.view.zoom, 1.1);
   QKeyEvent f4(QEvent::KeyPress, Qt::Key_F4, Qt::NoModifier);
   QApplication::sendEvent(window.view(), &f4);
-  EXPECT_TRUE(window.messagePane()->toPlainText().endsWith(" Not available yet"));
+  EXPECT_TRUE(window.keysPane()->toPlainText().startsWith(" *** Fragment edit mode ***"));
   QKeyEvent q(QEvent::KeyPress, Qt::Key_Q, Qt::NoModifier, "q");
   QApplication::sendEvent(window.view(), &q);
   EXPECT_EQ(window.ending(), Ending::Exit);

@@ -42,6 +42,7 @@ struct ScriptedPrompts : Prompts {
   std::deque<double> reals;
   std::deque<int> ints;
   std::deque<bool> yesNo;
+  std::deque<std::string> text;  // typed answers of AskText, numbers too
   std::vector<std::string> asked;
   double AskReal(const std::string& text, double value) override {
     asked.push_back(text);
@@ -57,9 +58,12 @@ struct ScriptedPrompts : Prompts {
     ints.pop_front();
     return r;
   }
-  std::string AskText(const std::string& text, const std::string& value) override {
-    asked.push_back(text);
-    return value;
+  std::string AskText(const std::string& question, const std::string& value) override {
+    asked.push_back(question);
+    if (text.empty()) return value;
+    std::string r = text.front();
+    text.pop_front();
+    return r;
   }
   bool AskYesNo(const std::string& text) override {
     asked.push_back(text);

@@ -25,7 +25,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, GXYZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO, NROTPRODUCT, UHF
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO, NROTPRODUCT, UHF, SAVE, ZMAT
 };
 
 struct OptionWord {
@@ -53,6 +53,7 @@ constexpr auto kOptions = std::to_array<OptionWord>({
     {"/QS", Opt::QS},          {"/QH", Opt::QH},          {"/QT", Opt::QT},
     {"/NROTPRODUCT", Opt::NROTPRODUCT},
     {"/UHF", Opt::UHF},
+    {"/SAVE@", Opt::SAVE},     {"/ZMAT@", Opt::ZMAT},
 });
 
 // The methods of /ENGINE by name, with their menu numbers.
@@ -400,6 +401,8 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
       r.Real(value, o.concentration);
       if (o.concentration <= 0.0) o.concentration = 1.0;
       break;
+    case Opt::SAVE: o.saveFile = Cut(Trim(original), MaxLine); break;
+    case Opt::ZMAT: o.zmatFile = Cut(Trim(original), MaxLine); break;
     case Opt::IRMC: {
       o.monteCarlo = true;
       int n = 0;
@@ -482,7 +485,8 @@ bool OpensWindows(const std::vector<std::string>& args) {
   // A journal replays without windows; a spectrum picture needs the painter.
   const std::string& spectrum = s.opt.spectrumFile;
   const bool spectrumPng = spectrum.size() > 4 && Upper(spectrum.substr(spectrum.size() - 4)) == ".PNG";
-  if (!s.opt.playFile.empty() && s.opt.snapFile.empty() && !spectrumPng) return false;
+  const bool replay = !s.opt.playFile.empty() || !s.opt.saveFile.empty() || !s.opt.zmatFile.empty();
+  if (replay && s.opt.snapFile.empty() && !spectrumPng) return false;
   return !s.opt.noGraphics || !s.opt.snapFile.empty() || spectrumPng;
 }
 

@@ -273,7 +273,8 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
         break;
     }
     int status = exit_status::Ok;
-    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty() && s.opt.playFile.empty();
+    const bool replay = !s.opt.playFile.empty() || !s.opt.saveFile.empty() || !s.opt.zmatFile.empty();
+    const bool windowed = frontend && !s.opt.noGraphics && s.opt.snapFile.empty() && !replay;
     bool newStructure = false;
     if (!StartUp(s, in, status, frontend, windowed, newStructure)) return Stop(s, status);
     // Windows are needed before the read pass; without a display the run
@@ -307,7 +308,7 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
         EndRun(s);
         return exit_status::CanNotWrite;
       }
-    } else if (!s.opt.playFile.empty()) {
+    } else if (replay) {
       if (ReplayPlayFile(s)) s.opt.doThermo = true;
     } else if (windowed && (frontend->interactWith ? frontend->interactWith(s, RunServices()) : frontend->interact(s))) {
       s.opt.doThermo = true;

@@ -10,6 +10,7 @@
 #include "viewer/journal.h"
 #include "viewer/scene.h"
 #include "viewer/view_model.h"
+#include "viewer/structure_files.h"
 #include "viewer/vibration.h"
 
 namespace quintor {
@@ -61,15 +62,26 @@ void RunVibrationEntries(Session& s, const Frontend* frontend) {
 }
 
 bool ReplayPlayFile(Session& s) {
-  std::ifstream in(s.opt.playFile);
-  if (!in) throw FatalReadError(FieldPlace{s.opt.playFile, 0, 0, 0, "journal"}, "missing or unreadable");
   ViewerState v;
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
   FitStartingView(s, v.window.Aspect(), s.view);
   v.services = &RunServices();
-  return ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
+  bool thermo = false;
+  if (!s.opt.playFile.empty()) {
+    std::ifstream in(s.opt.playFile);
+    if (!in) throw FatalReadError(FieldPlace{s.opt.playFile, 0, 0, 0, "journal"}, "missing or unreadable");
+    thermo = ReplayJournal(s, v, in, s.opt.playFile) == Ending::CalcTDAndQuit;
+  }
+  // The structure as the journal left it.
+  const std::string& save = s.opt.saveFile;
+  const bool zmat = save.size() > 6 && save.ends_with(".gzmat");
+  if (!save.empty() && !(zmat ? WriteStructureZMatrix(s, v, save) : WriteStructureFile(s, v, save)))
+    s.Console() << " WARNING! Can not write " << s.opt.saveFile << " (extensions: xyz, gjf, com, mop, inp)\n";
+  if (!s.opt.zmatFile.empty() && !WriteStructureZMatrix(s, v, s.opt.zmatFile))
+    s.Console() << " WARNING! Can not write " << s.opt.zmatFile << "\n";
+  return thermo;
 }
 
 }  // namespace quintor

@@ -143,6 +143,8 @@ struct Options {
   double concentration = 0.0;         // /CONC, mol/L: the standard state; 0 keeps the pressure
   bool scaleAuto = false;             // /SCALEAUTO: scale factor from the level of theory
   bool freqScaleByUser = false;       // /SCALE given, over /SCALEAUTO
+  std::string saveFile;               // /SAVE@file.xyz|gjf|mop|inp: the structure after the journal
+  std::string zmatFile;               // /ZMAT@file.gzmat: its Z-matrix
 };
 
 // Names of the files of the run.

@@ -7,6 +7,7 @@
 #include "io/fortran_io.h"
 #include "viewer/calculations.h"
 #include "viewer/fragment_db.h"
+#include "viewer/editing.h"
 #include "viewer/scene.h"
 #include "viewer/vibration.h"
 #include "viewer/view_model.h"
@@ -15,9 +16,10 @@ namespace quintor {
 
 namespace {
 
-constexpr std::array<MenuEntry, 46> kMenu = {{
+constexpr auto kMenu = std::to_array<MenuEntry>({
     {"&File", "", MenuCommand::NewSession},
     {"&File", "&New Session", MenuCommand::NewSession},
+    {"&File", "Save &as (xyz, gjf, mop, inp, gzmat)", MenuCommand::SaveAs},
     {"&File", "CalcTD and &Quit", MenuCommand::CalcTDAndQuit},
     {"&File", "E&xit", MenuCommand::Exit},
     {"&Mode", "", MenuCommand::GeometryView},
@@ -59,10 +61,13 @@ constexpr std::array<MenuEntry, 46> kMenu = {{
     {"Edit", "&K  Save fragment configuration", MenuCommand::SaveFragment},
     {"Edit", "&F  Generate Z-matrix for fragment", MenuCommand::ZMatrixFragment},
     {"Edit", "&G  Store fragment to database", MenuCommand::StoreFragment},
+    {"Edit", "=  Set bond length, angle or dihedral of marked atoms", MenuCommand::SetInternal},
+    {"Edit", "Undo  Ctrl+Z", MenuCommand::Undo},
+    {"Edit", "Redo  Ctrl+Y", MenuCommand::Redo},
     {"&Help", "", MenuCommand::Help},
     {"&Help", "&On-screen navigation", MenuCommand::Help},
     {"&Help", "&About", MenuCommand::About},
-}};
+});
 
 constexpr double kDeg = constants::DegToRad;
 
@@ -215,6 +220,7 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
     return film;
   }
   if (v.mode == ViewerMode::Vibration) return DispatchVibrationKey(s, v, key, prompts);
+  if (auto edit = DispatchEditKey(s, v, key, prompts)) return *edit;
   ViewState& view = s.view;
   const double step = view.rotationStep;
   Outcome out;
@@ -223,7 +229,7 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
       case ext_key::F1: out.showHelp = true; return out;
       case ext_key::F2: return EnterGeometryView(v);
       case ext_key::F3: return v.hasVibrations ? EnterVibrationView(s, v, prompts) : out;
-      case ext_key::F4: return NotYet(v);
+      case ext_key::F4: EnterEditMode(v), out.helpChanged = true; return out;
       case ext_key::F10: out.ending = Ending::Exit; return out;
       case ext_key::Right: RotateView(view, 0, +step, 0); return out;
       case ext_key::Left: RotateView(view, 0, -step, 0); return out;
@@ -272,12 +278,13 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
     case 'p': case 'P': Toggle(view.perspectiveOn); return out;
     case 't': case 'T': Toggle(view.showBalls); return out;
     case 'm': case 'M': Toggle(v.noteFlag); return out;
-    case 'c': case 'C': case 'k': case 'K': case 'Y': case 'J': case 'F': return NotYet(v);
     default: return out;
   }
 }
 
 Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& prompts) {
+  if (!v.film.running)
+    if (auto edit = DispatchEditMenu(s, v, command, prompts)) return *edit;
   Outcome out;
   switch (command) {
     case MenuCommand::CalcTDAndQuit: out.ending = Ending::CalcTDAndQuit; return out;
@@ -364,11 +371,15 @@ Outcome WheelZoom(Session& s, ViewerState&, int notches) {
   return {};
 }
 
-Outcome ClickAtom(Session&, ViewerState& v, MouseButton button, int a) {
+Outcome ClickAtom(Session& s, ViewerState& v, MouseButton button, int a) {
   Outcome out;
   if (v.mode == ViewerMode::Vibration) {  // both buttons stop the film at the end of its period
     v.film.stopRequested = true;
     out.redraw = false;
+    return out;
+  }
+  if (v.mode == ViewerMode::FragmentEdit) {
+    ClickFragment(s, v, button, a);
     return out;
   }
   if (button == MouseButton::Right) {

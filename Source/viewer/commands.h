@@ -56,6 +56,7 @@ enum class MenuCommand {
   RemoveFragment, SaveFragment, ZMatrixFragment, StoreFragment,
   Help, About,
   DisplacementArrows,  // ours
+  Undo, Redo, SetInternal, SaveAs,
 };
 
 // One item of the menu bar, in order; an empty `text` starts a new menu

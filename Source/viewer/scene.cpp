@@ -174,15 +174,6 @@ std::string CoordinateSetLine(int step, const CoordSet& set) {
          FmtF(set.gmax, 10, 7) + FmtX(5) + "RmsG" + FmtF(set.grms, 10, 7);
 }
 
-double TorsionAngle(const Vec3& a, const Vec3& b, const Vec3& c, const Vec3& d) {
-  using namespace geom;
-  const Vec3 b1 = b - a, b2 = c - b, b3 = d - c;
-  const Vec3 n1 = Cross(b1, b2), n2 = Cross(b2, b3);
-  const double x = Dot(n1, n2);
-  const double y = Dot(Cross(n1, n2), Normalised(b2));
-  return std::atan2(y, x) / constants::DegToRad;
-}
-
 std::string StatusLine(const Session& s, const ViewerState& v) {
   using namespace geom;
   std::string text;

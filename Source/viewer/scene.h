@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "model/session.h"
+#include "viewer/internal_coords.h"
 #include "viewer/viewer_state.h"
 
 namespace quintor {
@@ -76,8 +77,5 @@ std::vector<int> DrawOrder(const Session& s, const ViewerState& v);
 std::string CoordinateSetLine(int step, const CoordSet& set);
 // Row 3: the marked atoms' coordinates, distance, angle or torsion.
 std::string StatusLine(const Session& s, const ViewerState& v);
-
-// The dihedral angle a-b-c-d in degrees, from -180 to 180.
-double TorsionAngle(const Vec3& a, const Vec3& b, const Vec3& c, const Vec3& d);
 
 }  // namespace quintor

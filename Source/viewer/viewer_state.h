@@ -61,6 +61,24 @@ struct Film {
   KeyRing ring;
 };
 
+// What an edit can change, kept whole so that undo gives back every bit.
+struct StructureSnapshot {
+  std::string what;  // the edit, for the status line of undo and redo
+  int nAtoms = 0;
+  std::vector<int> atomicNumber;
+  std::vector<std::string> atomName;
+  std::vector<double> atomMass;
+  double molMass = 0.0;
+  std::vector<Vec3> xyz;
+  std::vector<std::vector<int>> bonds;
+  std::vector<int> marked, fragmentMark;
+  int fragmentAtomCount = 0;
+  std::vector<Vec3> fragmentBackup;
+  std::vector<std::string> symbols;
+  bool structureEdited = false;
+  int atomCountChanged = 0;
+};
+
 struct ViewerState {
   ViewerMode mode = ViewerMode::Geometry;
   int currentSet = 0;                  // from -1 to the Session's iCyc
@@ -85,6 +103,11 @@ struct ViewerState {
 
   const ElementTable* elements = nullptr;  // the readers' table, for the fragment database
   const WindowServices* services = nullptr;  // the Calculations menu
+  // Fragment edit: the flood-filled fragment, apart from the marked atoms.
+  std::vector<int> fragmentMark;       // per atom: 0 out, 1 in, -1 only while a piece is unmarked
+  int fragmentAtomCount = 0;           // atoms flooded since the marks were cleared; only counts up
+  std::vector<Vec3> fragmentBackup;    // XYZ of the fragment at the last click in the edit mode
+  std::vector<StructureSnapshot> undo, redo;
 
   Film film;                           // the Vibration view
   bool showArrows = false;             // displacement arrows of film.currentMode

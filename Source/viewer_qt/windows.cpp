@@ -60,6 +60,8 @@ std::optional<Key> KeyFromQt(int qtKey, Qt::KeyboardModifiers modifiers, const Q
     case Qt::Key_F4: return Extended(ext_key::F4);
     case Qt::Key_F10: return Extended(ext_key::F10);
     case Qt::Key_Escape: return Plain(27);  // stops a film
+    case Qt::Key_Z: if (ctrl) return Plain(26); break;  // undo
+    case Qt::Key_Y: if (ctrl) return Plain(25); break;  // redo
     default: break;
   }
   if (text.size() == 1 && text[0].unicode() >= 32 && text[0].unicode() < 127)
@@ -296,7 +298,8 @@ void ViewerWindow::BuildMenus() {
   for (const MenuEntry& e : MenuTable()) {
     if (e.text.empty()) {
       menu = menuBar()->addMenu(QString::fromUtf8(e.menu.data(), static_cast<int>(e.menu.size())));
-      if (e.menu == "Edit") menu->setEnabled(false);  // greyed until the edit mode exists
+      if (e.menu == "Edit") editMenu_ = menu, menu->setEnabled(false);  // greyed outside the edit mode
+      if (e.menu == "Geometry") geometryMenu_ = menu;
       continue;
     }
     const MenuCommand command = e.command;
@@ -324,6 +327,8 @@ void ViewerWindow::RememberLayout() {
 void ViewerWindow::Apply(const Outcome& out) {
   if (out.showHelp) ShowHelpWindow(this, v_.help);
   if (out.helpChanged) {
+    if (editMenu_) editMenu_->setEnabled(v_.mode == ViewerMode::FragmentEdit);
+    if (geometryMenu_) geometryMenu_->setEnabled(v_.mode != ViewerMode::FragmentEdit);
     keys_->clear();
     for (const std::string& line : v_.help) keys_->appendPlainText(QString::fromStdString(line));
     keys_->moveCursor(QTextCursor::Start);  // the help reads from its first line

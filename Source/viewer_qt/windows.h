@@ -99,6 +99,8 @@ class ViewerWindow : public QMainWindow {
   MolecularView* view_ = nullptr;
   QPlainTextEdit* messages_ = nullptr;
   QPlainTextEdit* keys_ = nullptr;
+  QMenu* editMenu_ = nullptr;
+  QMenu* geometryMenu_ = nullptr;
   DialogPrompts prompts_;
   JournalWriter journal_;
   RecordingPrompts recording_;
