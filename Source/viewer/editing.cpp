@@ -8,6 +8,7 @@
 
 #include "io/fortran_io.h"
 #include "numeric/jacobi.h"
+#include "viewer/fragment_db.h"
 #include "viewer/internal_coords.h"
 #include "viewer/scene.h"
 #include "viewer/structure_files.h"
@@ -669,7 +670,8 @@ std::optional<Outcome> DispatchEditKey(Session& s, ViewerState& v, Key key, Prom
     case 'f': case 'F': ZMatrixForStructure(s, v, p); return out;
     case 'k': case 'K': SaveFragmentConfiguration(s, v, p); return out;
     case 'c': case 'C': return undoable("connect atoms", [&] { ConnectAtoms(s, v, p); });
-    case 'n': case 'N': case 'g': case 'G': v.messages.emplace_back(NotAvailable); return out;
+    case 'n': case 'N': return undoable("new atom/fragment", [&] { AddFragmentCommand(s, v, p); });
+    case 'g': case 'G': StoreFragmentCommand(s, v, p); return out;
     default: return std::nullopt;
   }
 }

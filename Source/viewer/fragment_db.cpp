@@ -495,9 +495,14 @@ int AddFragmentCommand(Session& s, ViewerState& v, Prompts& prompts) {
 }
 
 bool StoreFragmentCommand(Session& s, ViewerState& v, Prompts& prompts) {
-  if (v.elements == nullptr || v.marked.empty() || s.nAtoms == 0) return false;
+  if (v.elements == nullptr || s.nAtoms == 0) return false;
   const BuiltStructure b = StructureOnShow(s, v);
-  const std::vector<int> fragment = ConnectedAtoms(b, v.marked.front());
+  // The fragment of the Edit mode when one is marked, else the piece of the
+  // first marked atom.
+  std::vector<int> fragment;
+  for (size_t i = 0; i < v.fragmentMark.size() && i < static_cast<size_t>(s.nAtoms); ++i)
+    if (v.fragmentMark[i] == 1) fragment.push_back(static_cast<int>(i) + 1);
+  if (fragment.empty() && !v.marked.empty()) fragment = ConnectedAtoms(b, v.marked.front());
   if (fragment.empty()) return false;
   DialogValues values = Presets(DialogNumber(111));
   if (prompts.AskDialog(111, values) != DialogOk) return false;
