@@ -24,6 +24,7 @@
 #include "engine/geoopt.h"
 #include "engine/parameters.h"
 #include "io/fortran_io.h"
+#include "model/elements.h"
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
@@ -49,7 +50,6 @@ bool ReadXyz(const std::string& path, Geometry& g) {
     if (!(in >> sym >> x[0] >> x[1] >> x[2])) return false;
     for (int z = 1; z <= kMaxElement; ++z)
       if (sym == quintor::Trim(quintor::ElementSymbol(z))) g.z.push_back(z);
-    g.symbols.push_back(sym);
     g.x.push_back(x);
   }
   return static_cast<int>(g.z.size()) == n;
@@ -79,14 +79,14 @@ Geometry Alkane(int n) {
 void WriteXyz(const fs::path& path, const Geometry& g) {
   std::ofstream out(path);
   for (size_t i = 0; i < g.z.size(); ++i)
-    out << ElementSymbol(g.z[i]) << ' ' << g.x[i][0] << ' ' << g.x[i][1] << ' ' << g.x[i][2] << '\n';
+    out << quintor::Trim(quintor::ElementSymbol(g.z[i])) << ' ' << g.x[i][0] << ' ' << g.x[i][1] << ' ' << g.x[i][2] << '\n';
 }
 
 void WriteMop(const fs::path& path, const std::string& keywords, const Geometry& g) {
   std::ofstream out(path);
   out << keywords << "\nbench\n\n";
   for (size_t i = 0; i < g.z.size(); ++i)
-    out << ElementSymbol(g.z[i]) << ' ' << g.x[i][0] << ' ' << g.x[i][1] << ' ' << g.x[i][2] << '\n';
+    out << quintor::Trim(quintor::ElementSymbol(g.z[i])) << ' ' << g.x[i][0] << ' ' << g.x[i][1] << ' ' << g.x[i][2] << '\n';
 }
 
 double ChildCpu() {
