@@ -26,8 +26,9 @@ namespace {
 constexpr double kKJToHartreeMC = 0.0003809083380231225;
 constexpr double kHartreeJPerMol = rc::HartreeToKJPerMol * 1000.0;
 
-constexpr long long kBlockTrials = 512;  // trials of one block when the count is automatic
-constexpr int kGrid = 4096;                // cells of the inverse cumulative distribution
+constexpr long long kBlockTrials = 128;  // trials of one block when the count is automatic
+constexpr int kGrid = 1024;                // cells of the inverse cumulative distribution
+constexpr long long kStratum = 128;        // trials of one Latin hypercube
 
 // beta per kJ/mol at T.
 double Beta(double T) { return kKJToHartreeMC / (rc::GasConstant * T / kHartreeJPerMol); }
@@ -234,43 +235,62 @@ double KinematicWeight(const std::vector<TorsionRotor>& rotors, const std::vecto
 
 namespace {
 
-// One torsion's Boltzmann density at one beta, on kGrid cells of equal width:
-// each cell weighs exp(-beta V) at its centre, and a uniform number picks a
-// cell by the cumulative sums and a point uniformly inside it. The trial's
-// weight corrects for the difference between V at the point and at the centre,
-// so that the estimate is exact on average whatever the grid.
+// One torsion's Boltzmann density at one beta, linear between kGrid nodes of
+// equal spacing: a uniform number maps to an angle through the exact inverse
+// of this density's cumulative distribution (a quadratic in each cell), and
+// the trial's weight exp(-beta V) over the density at the angle makes the
+// estimate exact on average whatever the grid. Angle and weight change
+// smoothly with beta, so the same uniform numbers at the five temperatures
+// give differences with little noise.
 struct TorsionDensity {
-  std::vector<double> cumulative;  // kGrid + 1 sums, from 0
-  std::vector<double> vCell;       // V at the cell centres less vMin, kJ/mol
+  std::vector<double> node;        // exp(-beta (V - vMin)) at the kGrid + 1 nodes (the last is the first)
+  std::vector<double> cumulative;  // kGrid + 1 integrals from 0
+  std::vector<int> guide;          // guide[m]: the cell where u = m / kGrid falls
+  double beta = 0.0;
   double vMin = 0.0;
-  double lnZ = 0.0;                // ln of h sum exp(-beta vCell)
+  double lnZ = 0.0;                // ln of the integral of the linear density over the turn
 };
 
 constexpr double kCell = 2.0 * rc::Pi / kGrid;
 
 TorsionDensity DensityOf(const std::vector<double>& V, double beta) {
   TorsionDensity d;
-  d.vCell.resize(kGrid);
-  for (int k = 0; k < kGrid; ++k) d.vCell[static_cast<size_t>(k)] = SeriesAt(V, std::cos((k + 0.5) * kCell));
-  d.vMin = *std::min_element(d.vCell.begin(), d.vCell.end());
+  d.beta = beta;
+  std::vector<double> v(kGrid);
+  for (int k = 0; k < kGrid; ++k) v[static_cast<size_t>(k)] = SeriesAt(V, std::cos(k * kCell));
+  d.vMin = *std::min_element(v.begin(), v.end());
+  d.node.resize(kGrid + 1);
+  for (int k = 0; k < kGrid; ++k) d.node[static_cast<size_t>(k)] = std::exp(-beta * (v[static_cast<size_t>(k)] - d.vMin));
+  d.node[kGrid] = d.node[0];
   d.cumulative.assign(kGrid + 1, 0.0);
-  for (int k = 0; k < kGrid; ++k) {
-    d.vCell[static_cast<size_t>(k)] -= d.vMin;
-    d.cumulative[static_cast<size_t>(k) + 1] =
-        d.cumulative[static_cast<size_t>(k)] + std::exp(-beta * d.vCell[static_cast<size_t>(k)]);
+  for (size_t k = 0; k < kGrid; ++k)
+    d.cumulative[k + 1] = d.cumulative[k] + 0.5 * kCell * (d.node[k] + d.node[k + 1]);
+  d.lnZ = std::log(d.cumulative.back());
+  d.guide.resize(kGrid);
+  size_t cell = 0;
+  for (size_t m = 0; m < kGrid; ++m) {
+    const double target = static_cast<double>(m) / kGrid * d.cumulative.back();
+    while (cell + 1 < kGrid && d.cumulative[cell + 1] <= target) ++cell;
+    d.guide[m] = static_cast<int>(cell);
   }
-  d.lnZ = std::log(d.cumulative.back() * kCell);
   return d;
 }
 
-// The angle of the uniform number u in [0, 1), and its cell.
-double Draw(const TorsionDensity& d, double u, int& cell) {
+// The angle of the uniform number u in [0, 1) and exp(-beta (V - vMin)) over
+// the density there (1 up to the grid's error).
+double Draw(const TorsionDensity& d, const std::vector<double>& potential, double u, double& ratio) {
   const double target = u * d.cumulative.back();
-  const auto it = std::upper_bound(d.cumulative.begin(), d.cumulative.end(), target);
-  cell = std::clamp(static_cast<int>(it - d.cumulative.begin()) - 1, 0, kGrid - 1);
-  const double lo = d.cumulative[static_cast<size_t>(cell)], hi = d.cumulative[static_cast<size_t>(cell) + 1];
-  const double inside = hi > lo ? std::clamp((target - lo) / (hi - lo), 0.0, 1.0) : 0.5;
-  return (cell + inside) * kCell;
+  size_t cell = static_cast<size_t>(d.guide[std::min(static_cast<size_t>(u * kGrid), size_t{kGrid - 1})]);
+  while (cell + 1 < kGrid && d.cumulative[cell + 1] <= target) ++cell;
+  const double a = d.node[cell], b = d.node[cell + 1];
+  const double q = (target - d.cumulative[cell]) / kCell;  // a t + (b - a) t^2 / 2 = q
+  const double root = std::sqrt(std::max(a * a + 2.0 * (b - a) * q, 0.0));
+  const double t = a + root > 0.0 ? std::clamp(2.0 * q / (a + root), 0.0, 1.0) : 0.5;
+  const double x = (static_cast<double>(cell) + t) * kCell;
+  const double density = a + (b - a) * t;
+  const double boltzmann = std::exp(-d.beta * (SeriesAt(potential, std::cos(x)) - d.vMin));
+  ratio = density > 0.0 ? boltzmann / density : 0.0;
+  return x;
 }
 
 // (2 pi sqrt(2 pi k T amu bohr^2) / h)^N: the kinetic factor of N rotations.
@@ -329,21 +349,19 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
       AxisAt(frame, rot, probe.x, p, e);
     }
   }
-  const double beta = Beta(T);
-  std::vector<TorsionDensity> density;
+  // Each of the five temperatures draws from its own densities, all from
+  // the same uniform numbers.
+  std::array<std::vector<TorsionDensity>, 5> density;
   double productNRot = 1.0;
-  for (const TorsionRotor& t : rotors) {
-    density.push_back(DensityOf(t.potential, beta));
-    productNRot *= std::max(t.n, 1);
-  }
-  Five betas{}, base{};
+  for (const TorsionRotor& t : rotors) productNRot *= std::max(t.n, 1);
+  Five base{};
   for (int j = 0; j < 5; ++j) {
     const double Tj = T + (j - 2) * MonteCarloStep * T;
-    betas[j] = Beta(Tj);
     double lnZj = 0.0;
     for (const TorsionRotor& t : rotors) {
-      const TorsionDensity d = DensityOf(t.potential, betas[j]);
-      lnZj += d.lnZ - betas[j] * d.vMin;
+      density[static_cast<size_t>(j)].push_back(DensityOf(t.potential, Beta(Tj)));
+      const TorsionDensity& d = density[static_cast<size_t>(j)].back();
+      lnZj += d.lnZ - d.beta * d.vMin;
     }
     // The kinetic factor holds the 2 pi of each turn, which the grids hold too.
     base[j] = LnKinetic(nRot, Tj) - nRot * std::log(2.0 * rc::Pi) - std::log(productNRot) + lnZj;
@@ -370,7 +388,9 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
     std::atomic<long long> next{firstBlock};
     const auto work = [&]() {
       Workspace w(frame);
-      std::vector<double> angle(static_cast<size_t>(nRot));
+      std::vector<double> angle(static_cast<size_t>(nRot)), u(static_cast<size_t>(nRot));
+      std::vector<std::vector<int>> strata(static_cast<size_t>(nRot));
+      double width = 1.0;
       for (long long b = next++; b < endBlock; b = next++) {
         std::seed_seq seq{seeds.seed1, seeds.seed2, static_cast<std::uint32_t>(b), static_cast<std::uint32_t>(b >> 32),
                           static_cast<std::uint32_t>(plan.blockSize)};
@@ -378,21 +398,37 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
         const long long count = std::min(plan.trials, (b + 1) * plan.blockSize) - b * plan.blockSize;
         Five gRho{}, rho{};
         for (long long k = 0; k < count; ++k) {
-          double atPoint = 0.0, atCentre = 0.0;
-          for (int i = 0; i < nRot; ++i) {
-            const TorsionDensity& d = density[static_cast<size_t>(i)];
-            int cell = 0;
-            const double x = Draw(d, static_cast<double>(rng() >> 11) * 0x1.0p-53, cell);
-            angle[static_cast<size_t>(i)] = x;
-            atPoint += SeriesAt(frame.rot[static_cast<size_t>(i)].potential, std::cos(x)) - d.vMin;
-            atCentre += d.vCell[static_cast<size_t>(cell)];
+          // Latin hypercube in chunks of kStratum trials: each rotation's
+          // uniform numbers fall one into each of kStratum equal strata, in
+          // an order of their own. The blocks stay independent, so the batch
+          // means keep their meaning.
+          const long long chunk = k % kStratum;
+          if (chunk == 0) {
+            const long long size = std::min(kStratum, count - k);
+            for (int i = 0; i < nRot; ++i) {
+              std::vector<int>& order = strata[static_cast<size_t>(i)];
+              order.resize(static_cast<size_t>(size));
+              for (long long m = 0; m < size; ++m) order[static_cast<size_t>(m)] = static_cast<int>(m);
+              for (long long m = size - 1; m > 0; --m)
+                std::swap(order[static_cast<size_t>(m)], order[static_cast<size_t>(rng() % static_cast<std::uint64_t>(m + 1))]);
+              width = 1.0 / static_cast<double>(size);
+            }
           }
-          PlaceTorsions(frame, w, angle.data());
-          const double g = WeightAt(frame, w);
-          // The potential of the drawn point over that of its cell: the
-          // density at T_j over the one drawn from, up to a constant.
+          for (int i = 0; i < nRot; ++i)
+            u[static_cast<size_t>(i)] =
+                (strata[static_cast<size_t>(i)][static_cast<size_t>(chunk)] + static_cast<double>(rng() >> 11) * 0x1.0p-53) *
+                width;
           for (int j = 0; j < 5; ++j) {
-            const double ratio = std::exp(-betas[j] * atPoint + beta * atCentre);
+            double ratio = 1.0;
+            for (int i = 0; i < nRot; ++i) {
+              double one = 1.0;
+              angle[static_cast<size_t>(i)] = Draw(density[static_cast<size_t>(j)][static_cast<size_t>(i)],
+                                                   frame.rot[static_cast<size_t>(i)].potential,
+                                                   u[static_cast<size_t>(i)], one);
+              ratio *= one;
+            }
+            PlaceTorsions(frame, w, angle.data());
+            const double g = WeightAt(frame, w);
             gRho[j] += g * ratio;
             rho[j] += ratio;
           }

@@ -49,7 +49,7 @@ struct MonteCarloSeeds {
 // sigma(S) is below this (J/K/mol) or the ladder's count is reached; it
 // takes at least MonteCarloFewestTrials.
 inline constexpr double MonteCarloTargetSigmaS = 0.04;
-inline constexpr long long MonteCarloFewestTrials = 1 << 14;
+inline constexpr long long MonteCarloFewestTrials = 1 << 12;
 inline constexpr int MonteCarloBatches = 32;
 
 // sqrt(det K) of the rotations at the geometry `xyz` (amu, bohr: amu*bohr^2
