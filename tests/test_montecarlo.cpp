@@ -314,7 +314,9 @@ TEST(MonteCarlo, SeveralTermsAreSummedTermByTerm) {
 
 TEST(MonteCarlo, ResultDoesNotDependOnTheThreadCount) {
   const Molecule m = Propane();
-  const std::vector<TorsionRotor> rotors{Rotor({2, 4, 5, 6}, 2, 1, 8.0, 3),
+  // Symmetric tops would give a weight that does not vary: two of the
+  // methyl's hydrogens turn alone.
+  const std::vector<TorsionRotor> rotors{Rotor({2, 4, 5}, 2, 1, 8.0, 3),
                                          Rotor({2, 4, 5, 6, 1, 10, 11}, 1, 3, 3.0, 1)};
   const MonteCarloSeeds seeds{3, 4};
   const MonteCarloResult one = MonteCarloAtT(rotors, m.mass, m.xyz, 298.15, 20000, seeds, 1);
