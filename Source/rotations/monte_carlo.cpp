@@ -363,9 +363,8 @@ struct Estimate {
 };
 
 // ln Z at the five temperatures from the sums of g rho_j and of rho_j, rho_j
-// the ratio of the Boltzmann densities at T_j and at T: <g>_Tj is their
-// quotient, and the grids' own Z_i(T_j) stand in `base`, so that the noise
-// of the sampled potential cancels in the temperature derivatives.
+// the Boltzmann factor over the grid's density at the angles of T_j: <g>_Tj
+// is their quotient, and the grids' own Z_i(T_j) stand in `base`.
 Estimate FromSums(const Five& gRho, const Five& rho, const Five& base, double T) {
   Estimate e;
   const double dT = MonteCarloStep * T, R = rc::GasConstant;
