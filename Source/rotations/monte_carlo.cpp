@@ -89,6 +89,7 @@ struct TorsionFrame {
     std::vector<std::pair<int, int>> pairs;
   };
   std::vector<Class> classes;
+  std::vector<size_t> pairsUsed;  // i * n + j of every pair some class holds
 };
 
 TorsionFrame MakeFrame(const std::vector<TorsionRotor>& rotors, const std::vector<double>& masses,
@@ -126,6 +127,10 @@ TorsionFrame MakeFrame(const std::vector<TorsionRotor>& rotors, const std::vecto
     }
     f.classes[it->second].atoms.push_back(a);
   }
+  for (const TorsionFrame::Class& c : f.classes)
+    for (const auto& [i, j] : c.pairs) f.pairsUsed.push_back(static_cast<size_t>(i) * rotors.size() + static_cast<size_t>(j));
+  std::sort(f.pairsUsed.begin(), f.pairsUsed.end());
+  f.pairsUsed.erase(std::unique(f.pairsUsed.begin(), f.pairsUsed.end()), f.pairsUsed.end());
   return f;
 }
 
@@ -190,7 +195,7 @@ double WeightAt(const TorsionFrame& f, Workspace& w) {
     ixz -= m * r[0] * r[2];
     iyz -= m * r[1] * r[2];
   }
-  std::fill(w.pair.begin(), w.pair.end(), Moments{});
+  for (size_t k : f.pairsUsed) w.pair[k] = Moments{};  // the others stay empty
   for (const TorsionFrame::Class& c : f.classes) {
     Moments mc;
     for (int a : c.atoms) mc.Add(f.mass[static_cast<size_t>(a)], w.x[static_cast<size_t>(a)] - com);
@@ -209,6 +214,7 @@ double WeightAt(const TorsionFrame& f, Workspace& w) {
   const double det = ixx * c00 + ixy * c01 + ixz * c02;
   const double s = det != 0.0 ? 1.0 / det : 0.0;
   const Mat3 inv{Vec3{c00 * s, c01 * s, c02 * s}, Vec3{c01 * s, c11 * s, c12 * s}, Vec3{c02 * s, c12 * s, c22 * s}};
+  const double invMass = 1.0 / f.totalMass;
   for (size_t i = 0; i < n; ++i) {
     const Vec3 li = inv * w.L[i];
     for (size_t j = 0; j <= i; ++j) {
@@ -219,7 +225,7 @@ double WeightAt(const TorsionFrame& f, Workspace& w) {
       const double cross = Dot(ei, g.Times(ej)) - Dot(ei, g.s) * Dot(ej, pi) - Dot(ei, pj) * Dot(ej, g.s) +
                            g.m * Dot(ei, pj) * Dot(ej, pi);
       const double a = g.m > 0.0 ? Dot(ei, ej) * dd - cross : 0.0;
-      w.K[i * n + j] = a - Dot(w.t[i], w.t[j]) / f.totalMass - Dot(li, w.L[j]);
+      w.K[i * n + j] = a - Dot(w.t[i], w.t[j]) * invMass - Dot(li, w.L[j]);
     }
   }
   // Cholesky: det K is the square of the product of the pivots.
