@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <map>
 #include <cmath>
 #include <memory>
 #include <random>
@@ -26,8 +27,9 @@ namespace {
 constexpr double kKJToHartreeMC = 0.0003809083380231225;
 constexpr double kHartreeJPerMol = rc::HartreeToKJPerMol * 1000.0;
 
-constexpr long long kBlockTrials = 512;  // trials of one block when the count is automatic
-constexpr int kGrid = 4096;                // cells of the inverse cumulative distribution
+constexpr long long kBlockTrials = 128;  // trials of one block when the count is automatic
+constexpr int kGrid = 1024;                // cells of the inverse cumulative distribution
+constexpr long long kStratum = 128;        // trials of one Latin hypercube
 
 // beta per kJ/mol at T.
 double Beta(double T) { return kKJToHartreeMC / (rc::GasConstant * T / kHartreeJPerMol); }
@@ -45,6 +47,30 @@ double SeriesAt(const std::vector<double>& a, double c) {
   return v;
 }
 
+// Mass, first and second moments of some atoms.
+struct Moments {
+  double m = 0.0;
+  Vec3 s{0, 0, 0};
+  double xx = 0, yy = 0, zz = 0, xy = 0, xz = 0, yz = 0;
+  void Add(double mass, const Vec3& r) {
+    m += mass;
+    s = s + mass * r;
+    xx += mass * r[0] * r[0], yy += mass * r[1] * r[1], zz += mass * r[2] * r[2];
+    xy += mass * r[0] * r[1], xz += mass * r[0] * r[2], yz += mass * r[1] * r[2];
+  }
+  Moments& operator+=(const Moments& o) {
+    m += o.m;
+    s = s + o.s;
+    xx += o.xx, yy += o.yy, zz += o.zz, xy += o.xy, xz += o.xz, yz += o.yz;
+    return *this;
+  }
+  double Trace() const { return xx + yy + zz; }
+  // sum m r (r . v)
+  Vec3 Times(const Vec3& v) const {
+    return {xx * v[0] + xy * v[1] + xz * v[2], xy * v[0] + yy * v[1] + yz * v[2], xz * v[0] + yz * v[1] + zz * v[2]};
+  }
+};
+
 // The molecule and its rotations, 0-based, prepared once for the trials.
 struct TorsionFrame {
   std::vector<double> mass;
@@ -56,8 +82,14 @@ struct TorsionFrame {
     std::vector<double> potential;
   };
   std::vector<Rot> rot;
-  // Rotations whose group holds atom a: member[start[a] .. start[a+1]).
-  std::vector<int> start, member;
+  // Atoms turned by the same rotations form a class; K needs only the mass
+  // moments of each class. Pairs: the (i, j), i <= j, of its rotations.
+  struct Class {
+    std::vector<int> atoms;
+    std::vector<std::pair<int, int>> pairs;
+  };
+  std::vector<Class> classes;
+  std::vector<size_t> pairsUsed;  // i * n + j of every pair some class holds
 };
 
 TorsionFrame MakeFrame(const std::vector<TorsionRotor>& rotors, const std::vector<double>& masses,
@@ -82,11 +114,23 @@ TorsionFrame MakeFrame(const std::vector<TorsionRotor>& rotors, const std::vecto
     t.potential = r.potential;
     f.rot.push_back(std::move(t));
   }
-  f.start.push_back(0);
-  for (const auto& list : of) {
-    f.member.insert(f.member.end(), list.begin(), list.end());
-    f.start.push_back(static_cast<int>(f.member.size()));
+  std::map<std::vector<int>, size_t> index;
+  for (int a = 0; a < nAtoms; ++a) {
+    const std::vector<int>& list = of[static_cast<size_t>(a)];
+    if (list.empty()) continue;
+    const auto [it, added] = index.try_emplace(list, f.classes.size());
+    if (added) {
+      TorsionFrame::Class c;
+      for (size_t k = 0; k < list.size(); ++k)
+        for (size_t l = 0; l <= k; ++l) c.pairs.emplace_back(std::min(list[k], list[l]), std::max(list[k], list[l]));
+      f.classes.push_back(std::move(c));
+    }
+    f.classes[it->second].atoms.push_back(a);
   }
+  for (const TorsionFrame::Class& c : f.classes)
+    for (const auto& [i, j] : c.pairs) f.pairsUsed.push_back(static_cast<size_t>(i) * rotors.size() + static_cast<size_t>(j));
+  std::sort(f.pairsUsed.begin(), f.pairsUsed.end());
+  f.pairsUsed.erase(std::unique(f.pairsUsed.begin(), f.pairsUsed.end()), f.pairsUsed.end());
   return f;
 }
 
@@ -111,7 +155,8 @@ void AxisAt(const TorsionFrame& f, const TorsionFrame::Rot& r, const std::vector
 // Scratch of one thread.
 struct Workspace {
   std::vector<Vec3> x, axis, point, t, L;
-  std::vector<double> A, K;
+  std::vector<double> K;
+  std::vector<Moments> pair;  // moments of the atoms turned by both i and j, at i * n + j
   explicit Workspace(const TorsionFrame& f) {
     const size_t n = f.rot.size();
     x = f.ref;
@@ -119,25 +164,27 @@ struct Workspace {
     point.resize(n);
     t.resize(n);
     L.resize(n);
-    A.resize(n * n);
     K.resize(n * n);
+    pair.resize(n * n);
   }
 };
 
 // sqrt(det K) at the geometry in w.x: K = A - t t^T / M - L^T I^-1 L, A the
-// direct products of the rotations' displacements, t and L the momentum and
-// angular momentum they give the whole molecule, I its inertia tensor.
+// direct products of the rotations' displacements u = e x (r - p), t and L
+// the momentum and angular momentum they give the whole molecule, I its
+// inertia tensor. All three follow from the mass, first and second moments
+// (about the centre of mass) of the atoms each rotation, or pair of
+// rotations, turns.
 double WeightAt(const TorsionFrame& f, Workspace& w) {
   const size_t n = f.rot.size(), nAtoms = f.ref.size();
-  for (size_t i = 0; i < n; ++i) AxisAt(f, f.rot[i], w.x, w.point[i], w.axis[i]);
   Vec3 com{0, 0, 0};
   for (size_t a = 0; a < nAtoms; ++a) com = com + f.mass[a] * w.x[a];
   com = (1.0 / f.totalMass) * com;
+  for (size_t i = 0; i < n; ++i) {
+    AxisAt(f, f.rot[i], w.x, w.point[i], w.axis[i]);
+    w.point[i] = w.point[i] - com;
+  }
   double ixx = 0, iyy = 0, izz = 0, ixy = 0, ixz = 0, iyz = 0;
-  std::fill(w.t.begin(), w.t.end(), Vec3{0, 0, 0});
-  std::fill(w.L.begin(), w.L.end(), Vec3{0, 0, 0});
-  std::fill(w.A.begin(), w.A.end(), 0.0);
-  std::array<Vec3, 64> u{};  // displacements of one atom by its rotations
   for (size_t a = 0; a < nAtoms; ++a) {
     const double m = f.mass[a];
     const Vec3 r = w.x[a] - com;
@@ -147,15 +194,19 @@ double WeightAt(const TorsionFrame& f, Workspace& w) {
     ixy -= m * r[0] * r[1];
     ixz -= m * r[0] * r[2];
     iyz -= m * r[1] * r[2];
-    const int b = f.start[a], e = std::min(f.start[a + 1], b + 64);
-    for (int k = b; k < e; ++k) {
-      const size_t i = static_cast<size_t>(f.member[k]);
-      const Vec3 ui = Cross(w.axis[i], w.x[a] - w.point[i]);
-      u[k - b] = ui;
-      w.t[i] = w.t[i] + m * ui;
-      w.L[i] = w.L[i] + m * Cross(r, ui);
-      for (int l = b; l <= k; ++l) w.A[static_cast<size_t>(f.member[l]) * n + i] += m * Dot(u[l - b], ui);
-    }
+  }
+  for (size_t k : f.pairsUsed) w.pair[k] = Moments{};  // the others stay empty
+  for (const TorsionFrame::Class& c : f.classes) {
+    Moments mc;
+    for (int a : c.atoms) mc.Add(f.mass[static_cast<size_t>(a)], w.x[static_cast<size_t>(a)] - com);
+    for (const auto& [i, j] : c.pairs) w.pair[static_cast<size_t>(i) * n + static_cast<size_t>(j)] += mc;
+  }
+  for (size_t i = 0; i < n; ++i) {
+    const Moments& g = w.pair[i * n + i];
+    const Vec3 &e = w.axis[i], &p = w.point[i];
+    w.t[i] = Cross(e, g.s - g.m * p);
+    // sum m r x (e x (r - p)) = e sum m r.(r - p) - sum m (r - p)(r.e)
+    w.L[i] = (g.Trace() - Dot(g.s, p)) * e - (g.Times(e) - Dot(g.s, e) * p);
   }
   // Inverse of the inertia tensor by cofactors.
   const double c00 = iyy * izz - iyz * iyz, c01 = ixz * iyz - ixy * izz, c02 = ixy * iyz - ixz * iyy;
@@ -163,11 +214,18 @@ double WeightAt(const TorsionFrame& f, Workspace& w) {
   const double det = ixx * c00 + ixy * c01 + ixz * c02;
   const double s = det != 0.0 ? 1.0 / det : 0.0;
   const Mat3 inv{Vec3{c00 * s, c01 * s, c02 * s}, Vec3{c01 * s, c11 * s, c12 * s}, Vec3{c02 * s, c12 * s, c22 * s}};
+  const double invMass = 1.0 / f.totalMass;
   for (size_t i = 0; i < n; ++i) {
     const Vec3 li = inv * w.L[i];
     for (size_t j = 0; j <= i; ++j) {
-      const double a = w.A[std::min(i, j) * n + std::max(i, j)];
-      w.K[i * n + j] = a - Dot(w.t[i], w.t[j]) / f.totalMass - Dot(li, w.L[j]);
+      // sum over the atoms of both of (e_j x (r - p_j)).(e_i x (r - p_i))
+      const Moments& g = w.pair[j * n + i];
+      const Vec3 &ei = w.axis[i], &ej = w.axis[j], &pi = w.point[i], &pj = w.point[j];
+      const double dd = g.Trace() - Dot(g.s, pi + pj) + g.m * Dot(pi, pj);
+      const double cross = Dot(ei, g.Times(ej)) - Dot(ei, g.s) * Dot(ej, pi) - Dot(ei, pj) * Dot(ej, g.s) +
+                           g.m * Dot(ei, pj) * Dot(ej, pi);
+      const double a = g.m > 0.0 ? Dot(ei, ej) * dd - cross : 0.0;
+      w.K[i * n + j] = a - Dot(w.t[i], w.t[j]) * invMass - Dot(li, w.L[j]);
     }
   }
   // Cholesky: det K is the square of the product of the pivots.
@@ -190,11 +248,11 @@ double WeightAt(const TorsionFrame& f, Workspace& w) {
 
 // Turns every group by its angle in turn (the axis of a later rotation moves
 // with the earlier ones).
-void PlaceTorsions(const TorsionFrame& f, Workspace& w, const double* angle) {
+void PlaceTorsions(const TorsionFrame& f, Workspace& w, const double* cosine, const double* sine) {
   std::copy(f.ref.begin(), f.ref.end(), w.x.begin());
   for (size_t i = 0; i < f.rot.size(); ++i) {
     const TorsionFrame::Rot& r = f.rot[i];
-    const double c = std::cos(angle[i]), s = std::sin(angle[i]);
+    const double c = cosine[i], s = sine[i];
     Vec3 p, e;
     AxisAt(f, r, w.x, p, e);
     const double k = 1.0 - c;  // Rodrigues: R = c 1 + s [e]x + (1 - c) e e^T
@@ -234,43 +292,64 @@ double KinematicWeight(const std::vector<TorsionRotor>& rotors, const std::vecto
 
 namespace {
 
-// One torsion's Boltzmann density at one beta, on kGrid cells of equal width:
-// each cell weighs exp(-beta V) at its centre, and a uniform number picks a
-// cell by the cumulative sums and a point uniformly inside it. The trial's
-// weight corrects for the difference between V at the point and at the centre,
-// so that the estimate is exact on average whatever the grid.
+// One torsion's Boltzmann density at one beta, linear between kGrid nodes of
+// equal spacing: a uniform number maps to an angle through the exact inverse
+// of this density's cumulative distribution (a quadratic in each cell), and
+// the trial's weight exp(-beta V) over the density at the angle makes the
+// estimate exact on average whatever the grid. Angle and weight change
+// smoothly with beta, so the same uniform numbers at the five temperatures
+// give differences with little noise.
 struct TorsionDensity {
-  std::vector<double> cumulative;  // kGrid + 1 sums, from 0
-  std::vector<double> vCell;       // V at the cell centres less vMin, kJ/mol
+  std::vector<double> node;        // exp(-beta (V - vMin)) at the kGrid + 1 nodes (the last is the first)
+  std::vector<double> cumulative;  // kGrid + 1 integrals from 0
+  std::vector<int> guide;          // guide[m]: the cell where u = m / kGrid falls
+  double beta = 0.0;
   double vMin = 0.0;
-  double lnZ = 0.0;                // ln of h sum exp(-beta vCell)
+  double lnZ = 0.0;                // ln of the integral of the linear density over the turn
 };
 
 constexpr double kCell = 2.0 * rc::Pi / kGrid;
 
 TorsionDensity DensityOf(const std::vector<double>& V, double beta) {
   TorsionDensity d;
-  d.vCell.resize(kGrid);
-  for (int k = 0; k < kGrid; ++k) d.vCell[static_cast<size_t>(k)] = SeriesAt(V, std::cos((k + 0.5) * kCell));
-  d.vMin = *std::min_element(d.vCell.begin(), d.vCell.end());
+  d.beta = beta;
+  std::vector<double> v(kGrid);
+  for (int k = 0; k < kGrid; ++k) v[static_cast<size_t>(k)] = SeriesAt(V, std::cos(k * kCell));
+  d.vMin = *std::min_element(v.begin(), v.end());
+  d.node.resize(kGrid + 1);
+  for (int k = 0; k < kGrid; ++k) d.node[static_cast<size_t>(k)] = std::exp(-beta * (v[static_cast<size_t>(k)] - d.vMin));
+  d.node[kGrid] = d.node[0];
   d.cumulative.assign(kGrid + 1, 0.0);
-  for (int k = 0; k < kGrid; ++k) {
-    d.vCell[static_cast<size_t>(k)] -= d.vMin;
-    d.cumulative[static_cast<size_t>(k) + 1] =
-        d.cumulative[static_cast<size_t>(k)] + std::exp(-beta * d.vCell[static_cast<size_t>(k)]);
+  for (size_t k = 0; k < kGrid; ++k)
+    d.cumulative[k + 1] = d.cumulative[k] + 0.5 * kCell * (d.node[k] + d.node[k + 1]);
+  d.lnZ = std::log(d.cumulative.back());
+  d.guide.resize(kGrid);
+  size_t cell = 0;
+  for (size_t m = 0; m < kGrid; ++m) {
+    const double target = static_cast<double>(m) / kGrid * d.cumulative.back();
+    while (cell + 1 < kGrid && d.cumulative[cell + 1] <= target) ++cell;
+    d.guide[m] = static_cast<int>(cell);
   }
-  d.lnZ = std::log(d.cumulative.back() * kCell);
   return d;
 }
 
-// The angle of the uniform number u in [0, 1), and its cell.
-double Draw(const TorsionDensity& d, double u, int& cell) {
+// The cosine and sine of the angle of the uniform number u in [0, 1) and
+// exp(-beta (V - vMin)) over the density there (1 up to the grid's error).
+void Draw(const TorsionDensity& d, const std::vector<double>& potential, double u, double& cosine, double& sine,
+          double& ratio) {
   const double target = u * d.cumulative.back();
-  const auto it = std::upper_bound(d.cumulative.begin(), d.cumulative.end(), target);
-  cell = std::clamp(static_cast<int>(it - d.cumulative.begin()) - 1, 0, kGrid - 1);
-  const double lo = d.cumulative[static_cast<size_t>(cell)], hi = d.cumulative[static_cast<size_t>(cell) + 1];
-  const double inside = hi > lo ? std::clamp((target - lo) / (hi - lo), 0.0, 1.0) : 0.5;
-  return (cell + inside) * kCell;
+  size_t cell = static_cast<size_t>(d.guide[std::min(static_cast<size_t>(u * kGrid), size_t{kGrid - 1})]);
+  while (cell + 1 < kGrid && d.cumulative[cell + 1] <= target) ++cell;
+  const double a = d.node[cell], b = d.node[cell + 1];
+  const double q = (target - d.cumulative[cell]) / kCell;  // a t + (b - a) t^2 / 2 = q
+  const double root = std::sqrt(std::max(a * a + 2.0 * (b - a) * q, 0.0));
+  const double t = a + root > 0.0 ? std::clamp(2.0 * q / (a + root), 0.0, 1.0) : 0.5;
+  const double x = (static_cast<double>(cell) + t) * kCell;
+  const double density = a + (b - a) * t;
+  cosine = std::cos(x);
+  sine = std::sin(x);
+  const double boltzmann = std::exp(-d.beta * (SeriesAt(potential, cosine) - d.vMin));
+  ratio = density > 0.0 ? boltzmann / density : 0.0;
 }
 
 // (2 pi sqrt(2 pi k T amu bohr^2) / h)^N: the kinetic factor of N rotations.
@@ -290,9 +369,8 @@ struct Estimate {
 };
 
 // ln Z at the five temperatures from the sums of g rho_j and of rho_j, rho_j
-// the ratio of the Boltzmann densities at T_j and at T: <g>_Tj is their
-// quotient, and the grids' own Z_i(T_j) stand in `base`, so that the noise
-// of the sampled potential cancels in the temperature derivatives.
+// the Boltzmann factor over the grid's density at the angles of T_j: <g>_Tj
+// is their quotient, and the grids' own Z_i(T_j) stand in `base`.
 Estimate FromSums(const Five& gRho, const Five& rho, const Five& base, double T) {
   Estimate e;
   const double dT = MonteCarloStep * T, R = rc::GasConstant;
@@ -329,28 +407,26 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
       AxisAt(frame, rot, probe.x, p, e);
     }
   }
-  const double beta = Beta(T);
-  std::vector<TorsionDensity> density;
+  // Each of the five temperatures draws from its own densities, all from
+  // the same uniform numbers.
+  std::array<std::vector<TorsionDensity>, 5> density;
   double productNRot = 1.0;
-  for (const TorsionRotor& t : rotors) {
-    density.push_back(DensityOf(t.potential, beta));
-    productNRot *= std::max(t.n, 1);
-  }
-  Five betas{}, base{};
+  for (const TorsionRotor& t : rotors) productNRot *= std::max(t.n, 1);
+  Five base{};
   for (int j = 0; j < 5; ++j) {
     const double Tj = T + (j - 2) * MonteCarloStep * T;
-    betas[j] = Beta(Tj);
     double lnZj = 0.0;
     for (const TorsionRotor& t : rotors) {
-      const TorsionDensity d = DensityOf(t.potential, betas[j]);
-      lnZj += d.lnZ - betas[j] * d.vMin;
+      density[static_cast<size_t>(j)].push_back(DensityOf(t.potential, Beta(Tj)));
+      const TorsionDensity& d = density[static_cast<size_t>(j)].back();
+      lnZj += d.lnZ - d.beta * d.vMin;
     }
     // The kinetic factor holds the 2 pi of each turn, which the grids hold too.
     base[j] = LnKinetic(nRot, Tj) - nRot * std::log(2.0 * rc::Pi) - std::log(productNRot) + lnZj;
   }
 
-  // Blocks: for a given count 32 of equal size; else 512 trials each, their
-  // number doubled until sigma(S) is reached or the ladder's count.
+  // Blocks: for a given count 32 of equal size; else 128 trials each, their
+  // number raised until sigma(S) is reached or the ladder's count.
   const bool automatic = trials <= 0;
   const long long most = std::max(MonteCarloTrials(nRot, 0), MonteCarloFewestTrials);
   BlockPlan plan;
@@ -370,7 +446,9 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
     std::atomic<long long> next{firstBlock};
     const auto work = [&]() {
       Workspace w(frame);
-      std::vector<double> angle(static_cast<size_t>(nRot));
+      std::vector<double> cosine(static_cast<size_t>(nRot)), sine(static_cast<size_t>(nRot)), u(static_cast<size_t>(nRot));
+      std::vector<std::vector<int>> strata(static_cast<size_t>(nRot));
+      double width = 1.0;
       for (long long b = next++; b < endBlock; b = next++) {
         std::seed_seq seq{seeds.seed1, seeds.seed2, static_cast<std::uint32_t>(b), static_cast<std::uint32_t>(b >> 32),
                           static_cast<std::uint32_t>(plan.blockSize)};
@@ -378,21 +456,36 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
         const long long count = std::min(plan.trials, (b + 1) * plan.blockSize) - b * plan.blockSize;
         Five gRho{}, rho{};
         for (long long k = 0; k < count; ++k) {
-          double atPoint = 0.0, atCentre = 0.0;
-          for (int i = 0; i < nRot; ++i) {
-            const TorsionDensity& d = density[static_cast<size_t>(i)];
-            int cell = 0;
-            const double x = Draw(d, static_cast<double>(rng() >> 11) * 0x1.0p-53, cell);
-            angle[static_cast<size_t>(i)] = x;
-            atPoint += SeriesAt(frame.rot[static_cast<size_t>(i)].potential, std::cos(x)) - d.vMin;
-            atCentre += d.vCell[static_cast<size_t>(cell)];
+          // Latin hypercube in chunks of kStratum trials: each rotation's
+          // uniform numbers fall one into each of kStratum equal strata, in
+          // an order of their own. The blocks stay independent, so the batch
+          // means keep their meaning.
+          const long long chunk = k % kStratum;
+          if (chunk == 0) {
+            const long long size = std::min(kStratum, count - k);
+            for (int i = 0; i < nRot; ++i) {
+              std::vector<int>& order = strata[static_cast<size_t>(i)];
+              order.resize(static_cast<size_t>(size));
+              for (long long m = 0; m < size; ++m) order[static_cast<size_t>(m)] = static_cast<int>(m);
+              for (long long m = size - 1; m > 0; --m)
+                std::swap(order[static_cast<size_t>(m)], order[static_cast<size_t>(rng() % static_cast<std::uint64_t>(m + 1))]);
+              width = 1.0 / static_cast<double>(size);
+            }
           }
-          PlaceTorsions(frame, w, angle.data());
-          const double g = WeightAt(frame, w);
-          // The potential of the drawn point over that of its cell: the
-          // density at T_j over the one drawn from, up to a constant.
+          for (int i = 0; i < nRot; ++i)
+            u[static_cast<size_t>(i)] =
+                (strata[static_cast<size_t>(i)][static_cast<size_t>(chunk)] + static_cast<double>(rng() >> 11) * 0x1.0p-53) *
+                width;
           for (int j = 0; j < 5; ++j) {
-            const double ratio = std::exp(-betas[j] * atPoint + beta * atCentre);
+            double ratio = 1.0;
+            for (int i = 0; i < nRot; ++i) {
+              double one = 1.0;
+              Draw(density[static_cast<size_t>(j)][static_cast<size_t>(i)], frame.rot[static_cast<size_t>(i)].potential,
+                   u[static_cast<size_t>(i)], cosine[static_cast<size_t>(i)], sine[static_cast<size_t>(i)], one);
+              ratio *= one;
+            }
+            PlaceTorsions(frame, w, cosine.data(), sine.data());
+            const double g = WeightAt(frame, w);
             gRho[j] += g * ratio;
             rho[j] += ratio;
           }
@@ -449,7 +542,14 @@ MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const st
     }
     r.trials = plan.trials;
     if (!automatic || r.sigmaS <= MonteCarloTargetSigmaS || plan.trials >= most || nRot == 0) break;
-    plan.trials = std::min(2 * plan.trials, most);
+    // Enough for the target if sigma falls as 1/sqrt(trials), with a tenth
+    // more; whole rounds of 32 blocks, so that the batches stay equal.
+    const double wanted = static_cast<double>(plan.trials) * (r.sigmaS / MonteCarloTargetSigmaS) *
+                          (r.sigmaS / MonteCarloTargetSigmaS) * 1.1;
+    const long long round = MonteCarloBatches * kBlockTrials;
+    const long long next = (static_cast<long long>(std::min(wanted, 4.0 * static_cast<double>(plan.trials))) + round - 1) /
+                           round * round;
+    plan.trials = std::min(std::max(next, plan.trials + round), most);
   }
   r.lnZ = all.lnZ;
   r.dLnZdT = all.d1;

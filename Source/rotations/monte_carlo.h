@@ -3,8 +3,10 @@
 // from its own Boltzmann density (inverse of its cumulative distribution on a
 // fine grid) and only the coupling, the square root of the determinant of the
 // kinematic matrix at the sampled geometry, is averaged:
-// Z = prod Z_i <sqrt det K>. The error is taken from the spread of 32 batch
-// means, which holds whatever the correlations inside a batch.
+// Z = prod Z_i <sqrt det K>. The five temperatures of the derivatives map
+// the same uniform numbers through their own densities, so that their
+// differences carry little noise. The error is taken from the spread of 32
+// batch means, which holds whatever the correlations inside a batch.
 #pragma once
 
 #include <array>
@@ -45,11 +47,11 @@ struct MonteCarloSeeds {
   std::uint32_t seed2 = 9373;
 };
 
-// Without a number of trials the sampling goes on, in doublings, until
-// sigma(S) is below this (J/K/mol) or the ladder's count is reached; it
-// takes at least MonteCarloFewestTrials.
+// Without a number of trials the sampling goes on, in rounds of 32 blocks,
+// until sigma(S) is below this (J/K/mol) or the ladder's count is reached;
+// it takes at least MonteCarloFewestTrials.
 inline constexpr double MonteCarloTargetSigmaS = 0.04;
-inline constexpr long long MonteCarloFewestTrials = 1 << 14;
+inline constexpr long long MonteCarloFewestTrials = 1 << 12;
 inline constexpr int MonteCarloBatches = 32;
 
 // sqrt(det K) of the rotations at the geometry `xyz` (amu, bohr: amu*bohr^2
@@ -75,7 +77,7 @@ struct MonteCarloResult {
 };
 
 // Samples the `rotors` of the molecule (`masses` amu, `xyz` bohr) at T: the
-// five temperatures reweight the same trials. `trials` 0 samples until
+// five temperatures draw from the same uniform numbers. `trials` 0 samples until
 // sigma(S) reaches MonteCarloTargetSigmaS. `threads` 0 takes every core.
 MonteCarloResult MonteCarloAtT(const std::vector<TorsionRotor>& rotors, const std::vector<double>& masses,
                                const std::vector<Vec3>& xyz, double T, long long trials, MonteCarloSeeds seeds,
