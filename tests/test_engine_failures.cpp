@@ -11,7 +11,7 @@ using namespace quintor::test;
 
 namespace {
 
-const char kMethyl[] = "C 0 0 0\nH 1.08 0 0\nH -0.54 0.935 0\nH -0.54 -0.935 0\n";
+const char kMethyl[] = "4\nmethyl\nC 0 0 0\nH 1.08 0 0\nH -0.54 0.935 0\nH -0.54 -0.935 0\n";
 
 // Entries of the directory whose names begin with `prefix`.
 int CountEntries(const std::filesystem::path& dir, const std::string& prefix) {
@@ -60,7 +60,7 @@ TEST(engineFailures, ImpossibleStatesStopTheRun) {
 TEST(engineFailures, ElementWithoutReliableParametersStopsTheRun) {
   TempDir dir;
   const RunResult run =
-      RunInProcess({dir.Write("xe.xyz", "Xe 0 0 0\nH 0 0 3.0\nF 0 0 3.92\n"), "/0", "/X", "/HOF"});
+      RunInProcess({dir.Write("xe.xyz", "3\nXeHF\nXe 0 0 0\nH 0 0 3.0\nF 0 0 3.92\n"), "/0", "/X", "/HOF"});
   EXPECT_EQ(run.status, 1);
   EXPECT_NE(run.log.find(" ERROR! No reliable PM3 parameters for Xe\n"), std::string::npos) << run.log;
 }

@@ -25,7 +25,7 @@ enum class Opt {
   X, NXYZ, NDXYZ, DNXYZ, TT, PP, ROTNUM, ROT, ORIENT, TS, AU, BOHR, NM, PREC, ARIR, A,
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, GXYZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
-  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO, NROTPRODUCT, UHF, SAVE, ZMAT
+  CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO, NROTPRODUCT, UHF, SAVE, ZMAT, BOLTZ
 };
 
 struct OptionWord {
@@ -52,7 +52,7 @@ constexpr auto kOptions = std::to_array<OptionWord>({
     {"/MODE", Opt::MODE},      {"/DISTORT", Opt::DISTORT}, {"/SPECTRUM@", Opt::SPECTRUM}, {"/PLAY@", Opt::PLAY},
     {"/QS", Opt::QS},          {"/QH", Opt::QH},          {"/QT", Opt::QT},
     {"/NROTPRODUCT", Opt::NROTPRODUCT},
-    {"/UHF", Opt::UHF},
+    {"/UHF", Opt::UHF},        {"/BOLTZ", Opt::BOLTZ},
     {"/SAVE@", Opt::SAVE},     {"/ZMAT@", Opt::ZMAT},
 });
 
@@ -120,7 +120,7 @@ bool TakesNoValue(Opt opt) {
     case Opt::GAM5: case Opt::GAM7: case Opt::GAMUS: case Opt::G94: case Opt::G98: case Opt::G03: case Opt::G09:
     case Opt::PRIR: case Opt::CFOUR: case Opt::NOSYM: case Opt::NOLOG: case Opt::NOE: case Opt::RAMAN:
     case Opt::NOGRAPHICS: case Opt::JSON: case Opt::HOF: case Opt::GEOOPT: case Opt::SCAN: case Opt::UHF:
-    case Opt::NROTPRODUCT: case Opt::SCALEAUTO:
+    case Opt::NROTPRODUCT: case Opt::SCALEAUTO: case Opt::BOLTZ:
       return true;
     default:
       return false;
@@ -289,6 +289,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     }
     case Opt::ARIR: o.arir = true; break;
     case Opt::NROTPRODUCT: o.nrotProduct = true; break;
+    case Opt::BOLTZ: break;  // the ensemble run has read it
     case Opt::A: o.formatCode = FormatCode::Korvandel; break;
     case Opt::GAM4: o.formatCode = FormatCode::PcGamess4; break;
     case Opt::GAM5: o.formatCode = FormatCode::Gamess; break;

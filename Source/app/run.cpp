@@ -157,7 +157,7 @@ bool StartUp(Session& s, LineReader& in, int& status, const Frontend* frontend, 
     frontend->jobDialog(s);  // Cancel leaves the name blank
   }
   StatusMessage(s, " *** Reading the data ***");
-  if (windowed && frontend->hasDisplay() && !Trim(f.inputName).empty() && !Exists(f.inputName)) {
+  if (windowed && frontend->hasDisplay() && !Exists(f.inputName)) {
     if (!AskForNewStructure(s, *frontend)) {  // No: a silent stop
       status = exit_status::NoInput;
       return false;

@@ -230,13 +230,16 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
   const int keysHeight = static_cast<int>(helpLines + 1) * QFontMetrics(PaneFont()).lineSpacing() +
                          2 * (keys_->frameWidth() + static_cast<int>(keys_->document()->documentMargin())) +
                          style()->pixelMetric(QStyle::PM_TitleBarHeight);
-  resizeDocks({messageDock, keysDock}, {std::max(1024 - 80 - keysHeight, 200), keysHeight}, Qt::Vertical);
+  // The panes above the keys (Message window, spectrum, energies) share the
+  // rest of the height.
+  QList<QDockWidget*> column{messageDock};
   if (v.hasVibrations) {
     // The spectrum beside the Message window; a click on a peak plays its mode.
     spectrum_ = new SpectrumPane(s);
     auto* spectrumDock = Dock("Spectrum", spectrum_);
     addDockWidget(Qt::RightDockWidgetArea, spectrumDock);
     splitDockWidget(messageDock, spectrumDock, Qt::Vertical);
+    column.append(spectrumDock);
     spectrum_->onMode = [this](int mode) {
       if (v_.film.running) return;
       journal_.Played(mode);
@@ -254,14 +257,21 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
     auto* energyDock = Dock("Energy by step", energy_);
     addDockWidget(Qt::RightDockWidgetArea, energyDock);
     splitDockWidget(messageDock, energyDock, Qt::Vertical);
+    column.append(energyDock);
     energy_->onSet = [this](int set) {
       if (v_.film.running) return;
       journal_.Line("set " + std::to_string(set));
       Apply(GoToSet(s_, v_, set, recording_));
     };
   }
+  const int above = std::max(1024 - 80 - keysHeight, 200 * static_cast<int>(column.size()));
+  QList<int> heights(column.size(), above / static_cast<int>(column.size()));
+  column.append(keysDock);
+  heights.append(keysHeight);
+  resizeDocks(column, heights, Qt::Vertical);
   // The film's pace: 50 ms of rest after each frame is drawn.
   filmTimer_.setSingleShot(true);
+  filmTimer_.setTimerType(Qt::PreciseTimer);  // a coarse timer may fire up to 5 % early
   filmTimer_.setInterval(FilmPaceMs);
   connect(&filmTimer_, &QTimer::timeout, this, [this] { FilmFrameDue(); });
   prompts_.parent = this;
