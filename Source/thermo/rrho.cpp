@@ -175,6 +175,18 @@ void Rotational(Session& s, ThermoState& t, bool quiet) {
   const bool eq12 = std::fabs(I1 - I2) < MomentTolerance;
   const bool eq23 = std::fabs(I2 - I3) < MomentTolerance;
   t.linear = eq12 && std::fabs(I3) < MomentTolerance;
+  // A nearly linear molecule (a triatomic bent by a few tenths of a degree)
+  // passes the moment test, but a log that prints 3N-6 vibrations treated it
+  // as bent: so do we, or a vibration would count as a rotation.
+  bool bentByLog = false;
+  if (t.linear && s.nAtoms >= 3) {
+    const auto given = std::count_if(s.modes.begin(), s.modes.end(), [](const VibMode& m) { return m.given; });
+    bentByLog = given == 3 * s.nAtoms - 6;
+    if (bentByLog) t.linear = false;
+  }
+  if (!quiet && bentByLog)
+    s.log.Line(" WARNING! The moments of inertia are those of a linear molecule, but the log gives 3N-6"
+               " vibrations: the molecule is treated as non-linear");
   if (!quiet) {
     s.log.Line(" Principal moments of inertia, a.u." + FmtF(I1, 20, 7) + FmtF(I2, 20, 7) + FmtF(I3, 20, 7));
     // The symmetric tops are tested in the ascending order, which the sorted
