@@ -31,6 +31,7 @@
 
 #include "io/fortran_io.h"
 #include "readers/anchor_scan.h"
+#include "readers/broken_modes.h"
 #include "readers/readers.h"
 
 namespace quintor {
@@ -159,34 +160,18 @@ struct GamessReader {
     if (hits & kFrequency) ReadModesOrWarn(line);
   }
 
-  // A mode block that can not be read stops the run only when it is the one
-  // the evaluation needs, the last of the log (ThrowBrokenModes at its end);
-  // one that a later block replaces gets a warning naming its line, and the
-  // rest of the log is read on.
-  std::unique_ptr<FatalReadError> brokenModes;
-  long brokenModesLine = 0;
+  // A mode block that could not be read, kept until a later one replaces it.
+  BrokenModes brokenModes;
   void ReadModesOrWarn(std::string_view line) {
     const long at = in.LineNumber();
     try {
       ReadModes(line);
       // Only a whole section replaces a broken one (the column blocks behind
       // a broken block come here too, and are cut).
-      if (!s.modes.empty()) PassOverBrokenModes();
+      if (!s.modes.empty()) brokenModes.PassOver(s.log);
     } catch (const FatalReadError& e) {
-      PassOverBrokenModes();
-      brokenModes = std::make_unique<FatalReadError>(e);
-      brokenModesLine = at;
+      brokenModes.Keep(e, at, s.log);
     }
-  }
-  void PassOverBrokenModes() {
-    if (!brokenModes) return;
-    s.log.EndLine();
-    s.log.Line(" WARNING! The normal modes at line" + FmtI(brokenModesLine, 9) + " can not be read (" +
-               std::string(Trim(brokenModes->what())) + "); a later block replaces them");
-    brokenModes.reset();
-  }
-  void ThrowBrokenModes() const {
-    if (brokenModes) throw *brokenModes;
   }
 
   // Firefly heads a search point " NSERCH=   3" alone on its line, without
@@ -438,7 +423,7 @@ struct GamessReader {
 
 LineHandler MakeGamessReader(Session& s, LineReader& in, std::function<void()>* finish) {
   auto reader = std::make_shared<GamessReader>(s, in);
-  if (finish) *finish = [reader] { reader->ThrowBrokenModes(); };
+  if (finish) *finish = [reader] { reader->brokenModes.Throw(); };
   return [reader](std::string_view line) { (*reader)(line); };
 }
 

@@ -19,6 +19,7 @@
 
 #include "io/fortran_io.h"
 #include "readers/anchor_scan.h"
+#include "readers/broken_modes.h"
 #include "readers/elements.h"
 #include "readers/readers.h"
 
@@ -493,31 +494,16 @@ struct GaussianReader {
       }
       for (size_t k = 0; k < vib.size(); ++k) modes[static_cast<size_t>(modeBase) + k] = std::move(vib[k]);
       s.modes = std::move(modes);
-      PassOverBrokenModes();
+      brokenModes.PassOver(s.log);
     } catch (const FatalReadError& e) {
-      PassOverBrokenModes();
-      brokenModes = std::make_unique<FatalReadError>(e);
-      brokenModesLine = at;
+      brokenModes.Keep(e, at, s.log);
       Cancel();
     }
     if (!after.empty()) (*this)(after);
   }
 
-  // A mode block that can not be read stops the run only when it is the one
-  // the evaluation needs, the last of the log (ThrowBrokenModes at its end);
-  // one that a later block replaces gets a warning naming its line.
-  std::unique_ptr<FatalReadError> brokenModes;
-  long brokenModesLine = 0;
-  void PassOverBrokenModes() {
-    if (!brokenModes) return;
-    s.log.EndLine();
-    s.log.Line(" WARNING! The normal modes at line" + FmtI(brokenModesLine, 9) + " can not be read (" +
-               std::string(Trim(brokenModes->what())) + "); a later block replaces them");
-    brokenModes.reset();
-  }
-  void ThrowBrokenModes() const {
-    if (brokenModes) throw *brokenModes;
-  }
+  // A mode block that could not be read, kept until a later one replaces it.
+  BrokenModes brokenModes;
 
   // Reads the column blocks into `vib`; false for a high-precision block.
   // `after` is the line behind the last block, which heads no further block:
@@ -704,8 +690,8 @@ void ReadGaussianLog(Session& s, LineReader& in) {
   std::string_view line;
   while (in.Next(line)) reader(line);
   reader.TakeFinalEnergy();
-  if (s.coordsFound || s.opt.orientation != Orientation::Standard) return reader.ThrowBrokenModes();  // /I and /Z are kept
-  if (!reader.inputSeen && !reader.zMatrixSeen) return reader.ThrowBrokenModes();
+  if (s.coordsFound || s.opt.orientation != Orientation::Standard) return reader.brokenModes.Throw();  // /I and /Z are kept
+  if (!reader.inputSeen && !reader.zMatrixSeen) return reader.brokenModes.Throw();
 
   // No standard orientation in the whole file (nosymm, or a Z-matrix job):
   // read it again by the orientation that stands, Input before Z-Matrix.
@@ -721,7 +707,7 @@ void ReadGaussianLog(Session& s, LineReader& in) {
   GaussianReader again(s, in, true);
   while (in.Next(line)) again(line);
   again.TakeFinalEnergy();
-  again.ThrowBrokenModes();
+  again.brokenModes.Throw();
 }
 
 }  // namespace quintor
