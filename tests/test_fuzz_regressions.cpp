@@ -40,7 +40,8 @@ TEST(FuzzRegressions, EveryKeptInputRunsCleanly) {
   const std::map<std::string, std::function<fuzz::BatchResult(const uint8_t*, size_t)>> targets = {
       {"read_pass", fuzz::FuzzReadPass},     {"tdi_file", fuzz::FuzzSpecFile},
       {"config_file", fuzz::FuzzConfigFile}, {"zmatrix", fuzz::FuzzZMatrix},
-      {"command_line", fuzz::FuzzCommandLine}, {"parameter_file", fuzz::FuzzParameterFile}};
+      {"command_line", fuzz::FuzzCommandLine}, {"parameter_file", fuzz::FuzzParameterFile},
+      {"orca", fuzz::FuzzOrca},              {"qchem", fuzz::FuzzQChem}};
   const fs::path root = fs::path(QUINTOR_TEST_INPUTS).parent_path() / "fuzz_regressions";
   int count = 0;
   for (const auto& [name, run] : targets) {

@@ -5,6 +5,7 @@
 // which its own thermochemistry takes). The frequency section lists all 3N
 // modes, translations and rotations first with 0.00, as GAMESS does, so the
 // modes are stored from 1 to 3N in the order of the log.
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,19 @@ std::vector<std::string_view> Items(std::string_view line) { return FreeFormItem
 
 double Real(const LineReader& in, std::string_view text, const char* field) {
   return ReadFreeReals(text, 1, PlaceIn(in, field))[0];
+}
+
+// The last word of a line; "" when it has none, which then fails to read.
+std::string_view LastItem(std::string_view line) {
+  const auto w = Items(line);
+  return w.empty() ? std::string_view() : w.back();
+}
+
+// A whole number from lo to hi; anything else is a fatal read error.
+int Whole(const LineReader& in, std::string_view text, const char* field, int lo, int hi) {
+  const double v = Real(in, text, field);
+  if (!(v >= lo && v <= hi) || v != std::floor(v)) throw FatalReadError(PlaceIn(in, field), text);
+  return static_cast<int>(v);
 }
 
 // "  6:    228.25 ..." : the mode number before the colon, or -1.
@@ -55,8 +69,7 @@ struct OrcaReader {
         Masses();
       } else if (Contains(line, "FINAL SINGLE POINT ENERGY")) {
         if (!s.opt.noEnergies && s.coordsFound) {
-          const auto w = Items(line);
-          s.Set(s.iCyc).energy = Real(in, w.back(), "energy");
+          s.Set(s.iCyc).energy = Real(in, LastItem(line), "energy");
         }
       } else if (Contains(line, "MAX gradient") || Contains(line, "RMS gradient")) {
         // The convergence table: "MAX gradient  value  tolerance  YES/NO".
@@ -66,7 +79,7 @@ struct OrcaReader {
           (w[0] == "MAX" ? s.Set(s.iCyc).gmax : s.Set(s.iCyc).grms) = v;
         }
       } else if (Contains(line, " Multiplicity           Mult")) {
-        if (s.opt.multiplicity == -1) s.opt.multiplicity = static_cast<int>(Real(in, Items(line).back(), "multiplicity"));
+        if (s.opt.multiplicity == -1) s.opt.multiplicity = Whole(in, LastItem(line), "multiplicity", 1, 99);
       } else if (Trim(line) == "VIBRATIONAL FREQUENCIES") {
         Frequencies();
       } else if (Trim(line) == "NORMAL MODES") {

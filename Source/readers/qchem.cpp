@@ -4,6 +4,7 @@
 // The vibrational analysis lists the 3N-6 (3N-5) vibrations alone, as
 // Gaussian does: the modes are stored after as many empty slots as there are
 // translations and rotations, so that mode numbers count from 1 over all 3N.
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,19 @@ std::vector<std::string_view> Items(std::string_view line) { return FreeFormItem
 
 double Real(const LineReader& in, std::string_view text, const char* field) {
   return ReadFreeReals(text, 1, PlaceIn(in, field))[0];
+}
+
+// The last word of a line; "" when it has none, which then fails to read.
+std::string_view LastItem(std::string_view line) {
+  const auto w = Items(line);
+  return w.empty() ? std::string_view() : w.back();
+}
+
+// A whole number from lo to hi; anything else is a fatal read error.
+int Whole(const LineReader& in, std::string_view text, const char* field, int lo, int hi) {
+  const double v = Real(in, text, field);
+  if (!(v >= lo && v <= hi) || v != std::floor(v)) throw FatalReadError(PlaceIn(in, field), text);
+  return static_cast<int>(v);
 }
 
 // The text after a label such as " Frequency:".
@@ -44,13 +58,13 @@ struct QChemReader {
         moleculeNext = false;
         const auto w = Items(line);
         if (w.size() == 2 && s.opt.multiplicity == -1 && w[1].find_first_not_of("0123456789") == std::string::npos)
-          s.opt.multiplicity = static_cast<int>(Real(in, w[1], "multiplicity"));
+          s.opt.multiplicity = Whole(in, w[1], "multiplicity", 1, 99);
       } else if (Trim(line) == "$molecule") {
         moleculeNext = true;
       } else if (Contains(line, "Standard Nuclear Orientation")) {
         Geometry();
       } else if (Contains(line, "Total energy in the final basis set =") || Contains(line, "Final energy is")) {
-        if (!s.opt.noEnergies && s.coordsFound) s.Set(s.iCyc).energy = Real(in, Items(line).back(), "energy");
+        if (!s.opt.noEnergies && s.coordsFound) s.Set(s.iCyc).energy = Real(in, LastItem(line), "energy");
       } else if (Trim(line).rfind("Gradient ", 0) == 0) {
         // The optimiser's convergence table: "Gradient  value  tolerance  YES/NO".
         const auto w = Items(line);
@@ -67,7 +81,7 @@ struct QChemReader {
         // "Atom    1 Element O  Has Mass   15.99491"
         const auto w = Items(line);
         if (w.size() >= 7) {
-          const auto k = static_cast<size_t>(Real(in, w[1], "atom number"));
+          const auto k = static_cast<size_t>(Whole(in, w[1], "atom number", 1, 1 << 30));
           if (k >= 1 && k <= static_cast<size_t>(s.nAtoms)) {
             if (s.inputMass.size() != static_cast<size_t>(s.nAtoms)) s.inputMass.assign(static_cast<size_t>(s.nAtoms), 0.0);
             s.inputMass[k - 1] = Real(in, w[6], "mass");
