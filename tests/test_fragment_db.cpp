@@ -277,5 +277,26 @@ TEST(FragmentDb, AddAndStoreThroughAJournal) {
   EXPECT_NE(ReadFile(db).find("! made by a journal\n! -- "), std::string::npos);
 }
 
+// In the Edit mode (F4) the key N adds from the database as the menu does.
+TEST(FragmentDb, EditModeKeyAddsAFragment) {
+  if (!std::filesystem::exists(kStock)) GTEST_SKIP() << "no " << kStock;
+  TempDir dir;
+  const ElementTable elements = Elements();
+  Session s;
+  s.files.fragmentDb = dir.Write("Quintor.fdb", ReadFile(kStock));
+  ViewerState v;
+  v.elements = &elements;
+  StartViewer(s, v);
+  std::istringstream journal(
+      "menu AddFragment\n"
+      "answer 1 1013=methane\t1000=0\t1006=0\t1043=0\n"
+      "key F4\n"
+      "key n\n"
+      "answer 1 1013=water\t1000=4\t1006=0\t1043=0\n");
+  ReplayJournal(s, v, journal, "test.jnl");
+  EXPECT_EQ(s.nAtoms, 8);
+  EXPECT_NEAR(s.molMass, 16.0313 + 18.0106, 1e-3);
+}
+
 }  // namespace
 }  // namespace quintor
