@@ -11,6 +11,7 @@
 
 #include "io/words.h"
 #include "readers/elements.h"
+#include "readers/free_form.h"
 #include "readers/readers.h"
 
 namespace quintor {
@@ -24,22 +25,6 @@ bool IsBlank(std::string_view line) { return Trim(line).empty(); }
 // The words of a line, free-form.
 std::vector<std::string_view> Items(std::string_view line) { return FreeFormItems(line); }
 
-double Real(const LineReader& in, std::string_view text, const char* field) {
-  return ReadFreeReals(text, 1, PlaceIn(in, field))[0];
-}
-
-// The last word of a line; "" when it has none, which then fails to read.
-std::string_view LastItem(std::string_view line) {
-  const auto w = Items(line);
-  return w.empty() ? std::string_view() : w.back();
-}
-
-// A whole number from lo to hi; anything else is a fatal read error.
-int Whole(const LineReader& in, std::string_view text, const char* field, int lo, int hi) {
-  const double v = Real(in, text, field);
-  if (!(v >= lo && v <= hi) || v != std::floor(v)) throw FatalReadError(PlaceIn(in, field), text);
-  return static_cast<int>(v);
-}
 
 // "  6:    228.25 ..." : the mode number before the colon, or -1.
 int ModeNumber(std::string_view word) {
@@ -69,17 +54,17 @@ struct OrcaReader {
         Masses();
       } else if (Contains(line, "FINAL SINGLE POINT ENERGY")) {
         if (!s.opt.noEnergies && s.coordsFound) {
-          s.Set(s.iCyc).energy = Real(in, LastItem(line), "energy");
+          s.Set(s.iCyc).energy = FreeReal(in, LastItem(line), "energy");
         }
       } else if (Contains(line, "MAX gradient") || Contains(line, "RMS gradient")) {
         // The convergence table: "MAX gradient  value  tolerance  YES/NO".
         const auto w = Items(line);
         if (w.size() == 5 && !s.opt.noEnergies && s.coordsFound) {
-          const double v = Real(in, w[2], "gradient");
+          const double v = FreeReal(in, w[2], "gradient");
           (w[0] == "MAX" ? s.Set(s.iCyc).gmax : s.Set(s.iCyc).grms) = v;
         }
       } else if (Contains(line, " Multiplicity           Mult")) {
-        if (s.opt.multiplicity == -1) s.opt.multiplicity = Whole(in, LastItem(line), "multiplicity", 1, 99);
+        if (s.opt.multiplicity == -1) s.opt.multiplicity = FreeWhole(in, LastItem(line), "multiplicity", 1, 99);
       } else if (Trim(line) == "VIBRATIONAL FREQUENCIES") {
         Frequencies();
       } else if (Trim(line) == "NORMAL MODES") {
@@ -115,7 +100,7 @@ struct OrcaReader {
     while (in.Next(line) && !IsBlank(line)) {
       const auto w = Items(line);
       if (w.size() < 8) break;
-      mass.push_back(Real(in, w[4], "mass"));
+      mass.push_back(FreeReal(in, w[4], "mass"));
     }
     if (static_cast<int>(mass.size()) == s.nAtoms && s.nAtoms > 0) s.inputMass = std::move(mass);
   }
@@ -132,7 +117,7 @@ struct OrcaReader {
       if (k >= 0 && Contains(line, "cm**-1")) {
         if (k != static_cast<int>(modes.size())) break;
         VibMode m;
-        m.freq = Real(in, w[1], "frequency");
+        m.freq = FreeReal(in, w[1], "frequency");
         m.disp.assign(static_cast<size_t>(s.nAtoms), Vec3{0.0, 0.0, 0.0});
         modes.push_back(std::move(m));
       } else if (!modes.empty() && IsBlank(line)) {
@@ -174,7 +159,7 @@ struct OrcaReader {
         for (size_t k = 0; k < cols.size(); ++k) {
           const auto c = static_cast<size_t>(cols[k]);
           if (c >= n3) return;
-          s.modes[c].disp[r / 3][static_cast<int>(r % 3)] = Real(in, w[k + 1], "displacement");
+          s.modes[c].disp[r / 3][static_cast<int>(r % 3)] = FreeReal(in, w[k + 1], "displacement");
         }
       }
       done += cols.size();
@@ -200,7 +185,7 @@ struct OrcaReader {
       seen = true;
       const size_t column = raman ? 2 : (intColumn ? 3 : 2);
       if (w.size() <= column || static_cast<size_t>(k) >= s.modes.size()) continue;
-      s.modes[static_cast<size_t>(k)].intensity = Real(in, w[column], raman ? "Raman activity" : "IR intensity");
+      s.modes[static_cast<size_t>(k)].intensity = FreeReal(in, w[column], raman ? "Raman activity" : "IR intensity");
     }
   }
 };

@@ -10,6 +10,7 @@
 
 #include "io/words.h"
 #include "readers/elements.h"
+#include "readers/free_form.h"
 #include "readers/readers.h"
 
 namespace quintor {
@@ -20,22 +21,6 @@ constexpr double kBohrPerAngstrom = constants::AngstromToBohr;
 
 std::vector<std::string_view> Items(std::string_view line) { return FreeFormItems(line); }
 
-double Real(const LineReader& in, std::string_view text, const char* field) {
-  return ReadFreeReals(text, 1, PlaceIn(in, field))[0];
-}
-
-// The last word of a line; "" when it has none, which then fails to read.
-std::string_view LastItem(std::string_view line) {
-  const auto w = Items(line);
-  return w.empty() ? std::string_view() : w.back();
-}
-
-// A whole number from lo to hi; anything else is a fatal read error.
-int Whole(const LineReader& in, std::string_view text, const char* field, int lo, int hi) {
-  const double v = Real(in, text, field);
-  if (!(v >= lo && v <= hi) || v != std::floor(v)) throw FatalReadError(PlaceIn(in, field), text);
-  return static_cast<int>(v);
-}
 
 // The text after a label such as " Frequency:".
 std::string_view After(std::string_view line, std::string_view label) {
@@ -58,17 +43,17 @@ struct QChemReader {
         moleculeNext = false;
         const auto w = Items(line);
         if (w.size() == 2 && s.opt.multiplicity == -1 && w[1].find_first_not_of("0123456789") == std::string::npos)
-          s.opt.multiplicity = Whole(in, w[1], "multiplicity", 1, 99);
+          s.opt.multiplicity = FreeWhole(in, w[1], "multiplicity", 1, 99);
       } else if (Trim(line) == "$molecule") {
         moleculeNext = true;
       } else if (Contains(line, "Standard Nuclear Orientation")) {
         Geometry();
       } else if (Contains(line, "Total energy in the final basis set =") || Contains(line, "Final energy is")) {
-        if (!s.opt.noEnergies && s.coordsFound) s.Set(s.iCyc).energy = Real(in, LastItem(line), "energy");
+        if (!s.opt.noEnergies && s.coordsFound) s.Set(s.iCyc).energy = FreeReal(in, LastItem(line), "energy");
       } else if (Trim(line).rfind("Gradient ", 0) == 0) {
         // The optimiser's convergence table: "Gradient  value  tolerance  YES/NO".
         const auto w = Items(line);
-        if (w.size() == 4 && !s.opt.noEnergies && s.coordsFound) s.Set(s.iCyc).gmax = Real(in, w[1], "gradient");
+        if (w.size() == 4 && !s.opt.noEnergies && s.coordsFound) s.Set(s.iCyc).gmax = FreeReal(in, w[1], "gradient");
       } else if (Contains(line, "VIBRATIONAL ANALYSIS")) {
         vibs.clear();
         inAnalysis = s.opt.readFrequencies;
@@ -81,10 +66,10 @@ struct QChemReader {
         // "Atom    1 Element O  Has Mass   15.99491"
         const auto w = Items(line);
         if (w.size() >= 7) {
-          const auto k = static_cast<size_t>(Whole(in, w[1], "atom number", 1, 1 << 30));
+          const auto k = static_cast<size_t>(FreeWhole(in, w[1], "atom number", 1, 1 << 30));
           if (k >= 1 && k <= static_cast<size_t>(s.nAtoms)) {
             if (s.inputMass.size() != static_cast<size_t>(s.nAtoms)) s.inputMass.assign(static_cast<size_t>(s.nAtoms), 0.0);
-            s.inputMass[k - 1] = Real(in, w[6], "mass");
+            s.inputMass[k - 1] = FreeReal(in, w[6], "mass");
           }
         }
       }
@@ -138,7 +123,7 @@ struct QChemReader {
       if (w.size() != 1 + 3 * cols) return;
       for (size_t k = 0; k < cols; ++k)
         for (int j = 0; j < 3; ++j)
-          vibs[first + k].disp[static_cast<size_t>(a)][j] = Real(in, w[1 + 3 * k + static_cast<size_t>(j)], "displacement");
+          vibs[first + k].disp[static_cast<size_t>(a)][j] = FreeReal(in, w[1 + 3 * k + static_cast<size_t>(j)], "displacement");
     }
   }
 
