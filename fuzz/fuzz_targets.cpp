@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -14,6 +15,7 @@
 #include "engine/parameters.h"
 #include "model/run_stop.h"
 #include "model/session.h"
+#include "viewer/fragment_db.h"
 
 namespace quintor::fuzz {
 
@@ -171,6 +173,56 @@ BatchResult FuzzQChem(const uint8_t* data, size_t size) {
   std::vector<std::string> args{input, "/0"};
   if (data[0] & 1) args.push_back("/RAMAN");
   return RunBatch(args, static_cast<int>(FormatCode::QChem));
+}
+
+// A journal of any lines, replayed by a batch run on water; the structure
+// it leaves is saved, so that every edit reaches a writer.
+// The home directory is the scratch directory with a small fragment
+// database, so that key N and G work and nothing outside it is written.
+BatchResult FuzzJournal(const uint8_t* data, size_t size) {
+  static const uint8_t kDatabase[] =
+      "! two records\n# Me methyl CH3\nC1 0 0 0 2 3 4\nH2 1.09 0 0 1\nH3 -0.36 1.03 0 1\nH4 -0.36 -0.51 0.89 1\n\n"
+      "# OH hydroxy\nO1 0 0 0 2\nH2 0.96 0 0 1\n";
+  static const bool home = [] {
+    WriteScratch("Quintor.fdb", kDatabase, sizeof kDatabase - 1);
+    return ::setenv("QUINTOR", ScratchDir().c_str(), 1) == 0;
+  }();
+  (void)home;
+  static const std::string input = WriteScratch("j.xyz", kWater, sizeof kWater - 1);
+  const std::string journal = WriteScratch("j.jnl", data, size);
+  return RunBatch({input, "/X", "/0", "/PLAY@" + journal, "/SAVE@" + ScratchDir() + "/j_saved.xyz"});
+}
+
+// The fragment database: read, then each record (the first 16) added at a
+// point of an empty structure and in place of a hydrogen of methane, and
+// the last structure written as a record of its own. The text returned
+// holds the problems and every coordinate, so that a NaN shows.
+BatchResult FuzzFragmentDb(const uint8_t* data, size_t size) {
+  const ElementTable& elements = ProgramElements();
+  const FragmentDatabase db = ReadFragmentDatabase(WriteScratch("fuzzed.fdb", data, size), elements);
+  std::ostringstream text;
+  for (const std::string& p : db.problems) text << p << "\n";
+  BuiltStructure methane;
+  methane.z = {6, 1, 1, 1, 1};
+  methane.xyz = {{0, 0, 0}, {1.19, 1.19, 1.19}, {-1.19, -1.19, 1.19}, {-1.19, 1.19, -1.19}, {1.19, -1.19, -1.19}};
+  methane.bonds = {{2, 3, 4, 5}, {1}, {1}, {1}, {1}};
+  BuiltStructure built;
+  const size_t records = std::min<size_t>(db.records.size(), 16);
+  for (size_t r = 0; r < records; ++r) {
+    if (db.records[r].names.empty()) continue;
+    const std::string& name = db.records[r].names.front();
+    AddFragmentAt(built, db, name, {1.0 * static_cast<double>(r), 0, 0}, elements);
+    BuiltStructure m = methane;
+    ReplaceHydrogen(m, 2, db, name, elements);
+    for (const Vec3& x : m.xyz) text << x[0] << ' ' << x[1] << ' ' << x[2] << "\n";
+  }
+  for (const Vec3& x : built.xyz) text << x[0] << ' ' << x[1] << ' ' << x[2] << "\n";
+  if (built.Atoms() > 0) {
+    std::vector<int> all(static_cast<size_t>(built.Atoms()));
+    for (int i = 0; i < built.Atoms(); ++i) all[static_cast<size_t>(i)] = i + 1;
+    text << FragmentBlock(built, all, {1}, "fuzzed", "comment", 0, elements);
+  }
+  return {0, text.str()};
 }
 
 }  // namespace quintor::fuzz

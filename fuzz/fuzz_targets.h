@@ -35,5 +35,10 @@ BatchResult FuzzCommandLine(const uint8_t* data, size_t size);  // arguments spl
 BatchResult FuzzParameterFile(const uint8_t* data, size_t size);
 BatchResult FuzzOrca(const uint8_t* data, size_t size);    // the ORCA reader, forced
 BatchResult FuzzQChem(const uint8_t* data, size_t size);   // the Q-Chem reader, forced
+// A /PLAY@ journal replayed on water in a batch run.
+BatchResult FuzzJournal(const uint8_t* data, size_t size);
+// The fragment database Quintor.fdb: read, every record added at a point
+// and in place of a hydrogen of methane, and the result stored back.
+BatchResult FuzzFragmentDb(const uint8_t* data, size_t size);
 
 }  // namespace quintor::fuzz

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang and runs each for SECONDS.
-#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line parameter_file orca qchem)
+#   fuzz/run_fuzzers.sh SECONDS [target ...]     (targets: read_pass tdi_file config_file zmatrix command_line parameter_file orca qchem journal fragment_db)
 # Corpora and crash artifacts stay in build-fuzz/ (not in the repository); an
 # input that found a fault belongs, minimised, in tests/fuzz_regressions/<target>/.
 set -euo pipefail
@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:?usage: fuzz/run_fuzzers.sh SECONDS [target ...]}
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line parameter_file orca qchem)
+[ ${#targets[@]} -gt 0 ] || targets=(read_pass tdi_file config_file zmatrix command_line parameter_file orca qchem journal fragment_db)
 shared=../shared/testdata
 
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DQUINTOR_FUZZ=ON -DQUINTOR_TESTS=OFF \
@@ -68,6 +68,16 @@ USS      6          -4x.0
 GUES1    6  1       0.011355
 ADD      13 2       1.0
 ' >"$dir/indexed" ;;
+    journal)
+      # The journals of the tests, one a file, and each kind of line.
+      grep -ho '"\(key\|menu\|click\|answer\|play\|film\|turn\|shift\|zoom\|set\|yes\|no\)[^"]*' tests/*.cpp |
+        sed 's/^"//' | awk '{ f = sprintf("%s/line_%03d", d, NR); printf "%s", $0 > f; close(f) }' d="$dir"
+      printf 'menu AddFragment\nanswer 1 1013=Me\t1000=0.5\t1006=0\t1043=0\nclick left 3\nmenu AddFragment\nanswer 1 1013=OH\t1000=0\t1006=0\t1043=0\nclick left 1\nmenu StoreFragment\nanswer 1 1013=x y\t1000=c\n' >"$dir/fragments"
+      printf 'key F3\nplay 1\nfilm 2\nkey 7\nkey 0\nkey 7\nkey F4\nclick left 2\nclick left 3\nkey =\nanswer 1.2\nturn 40 -12\nshift 8 0\nzoom -2\nkey q\n' >"$dir/tour" ;;
+    fragment_db)
+      # The shipped stock in pieces of about 6 KB, cut at record headers.
+      awk -v d="$dir" '/^#/ && size > 6000 { n++; size = 0 } { f = sprintf("%s/stock_%02d", d, n); print > f; size += length($0) + 1 }' data/Quintor.fdb
+      printf '# Me methyl CH3\nC1 0 0 0 2 3 4\nH2 1.09 0 0 1\nH3 -0.36 1.03 0 1\nH4 -0.36 -0.51 0.89 1\n\n# bad\nC1 0 0\n\n# past\nO1 0 0 0 3\n' >"$dir/small" ;;
     command_line)
       printf '/TT300\n/PP2\n/THERMO100-200-10\n/V10:20:30:0:0:1\n/ORIENT1-2-3\n/PREC12.4' >"$dir/a"
       printf '/NXYZ2@GEOM\n/SCALE0.9\n/SYMEPS0.01\n/ROT2\n/C5\n/IRMC100\n/HB3' >"$dir/b" ;;

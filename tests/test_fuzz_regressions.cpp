@@ -41,7 +41,8 @@ TEST(FuzzRegressions, EveryKeptInputRunsCleanly) {
       {"read_pass", fuzz::FuzzReadPass},     {"tdi_file", fuzz::FuzzSpecFile},
       {"config_file", fuzz::FuzzConfigFile}, {"zmatrix", fuzz::FuzzZMatrix},
       {"command_line", fuzz::FuzzCommandLine}, {"parameter_file", fuzz::FuzzParameterFile},
-      {"orca", fuzz::FuzzOrca},              {"qchem", fuzz::FuzzQChem}};
+      {"orca", fuzz::FuzzOrca},              {"qchem", fuzz::FuzzQChem},
+      {"journal", fuzz::FuzzJournal},        {"fragment_db", fuzz::FuzzFragmentDb}};
   const fs::path root = fs::path(QUINTOR_TEST_INPUTS).parent_path() / "fuzz_regressions";
   int count = 0;
   for (const auto& [name, run] : targets) {

@@ -7,6 +7,7 @@
 #include "app/run.h"
 #include "io/fortran_io.h"
 #include "readers/elements.h"
+#include "viewer/fragment_db.h"
 #include "viewer/journal.h"
 #include "viewer/scene.h"
 #include "viewer/view_model.h"
@@ -68,6 +69,7 @@ bool ReplayPlayFile(Session& s) {
   LoadCoordinateSet(s, v);
   FitStartingView(s, v.window.Aspect(), s.view);
   v.services = &RunServices();
+  v.elements = &ProgramElements();  // key N adds from the fragment database as in the window
   bool thermo = false;
   if (!s.opt.playFile.empty()) {
     std::ifstream in(s.opt.playFile);

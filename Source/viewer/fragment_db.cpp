@@ -13,6 +13,7 @@
 
 #include "analysis/bond_radii.h"
 #include "io/fortran_io.h"
+#include "model/elements.h"
 
 namespace quintor {
 
@@ -132,6 +133,13 @@ std::vector<Vec3> ValenceDirections(const FragmentRecord& r) {
 }
 
 }  // namespace
+
+const ElementTable& ProgramElements() {
+  static const ElementTable table{[](std::string_view label) { return ElementNumber(label); },
+                                  [](int z) { return std::string(Trim(ElementSymbol(z))); },
+                                  [](int z) { return DefaultMass(z); }};
+  return table;
+}
 
 FragmentDatabase ReadFragmentDatabase(const std::string& path, const ElementTable& elements) {
   FragmentDatabase db;

@@ -33,6 +33,9 @@ struct ElementTable {
   std::function<double(int)> mass;                     // the most abundant isotope, amu
 };
 
+// The program's own element table (symbols, IUPAC names up to Z 96, masses).
+const ElementTable& ProgramElements();
+
 struct FragmentAtom {
   int z = 0;
   Vec3 xyz{};               // Angstrom, as stored

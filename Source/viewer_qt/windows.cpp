@@ -401,17 +401,9 @@ void EnsureQtApplication(bool offscreen) {
 
 namespace {
 
-// The readers' element table, for the fragment database.
-const ElementTable& ReaderElements() {
-  static const ElementTable table{[](std::string_view label) { return ElementNumber(label); },
-                                  [](int z) { return std::string(Trim(ElementSymbol(z))); },
-                                  [](int z) { return DefaultMass(z); }};
-  return table;
-}
-
 ViewerState ViewerFor(Session& s) {
   ViewerState v;
-  v.elements = &ReaderElements();
+  v.elements = &ProgramElements();
   StartViewer(s, v);
   for (int i = 0; i < s.nAtoms; ++i) v.symbols.emplace_back(ElementSymbol(s.atomicNumber[i]));
   LoadCoordinateSet(s, v);
