@@ -103,7 +103,8 @@ void RemoveAtom(BuiltStructure& b, int atom) {
 std::vector<Vec3> ValenceDirections(const FragmentRecord& r) {
   const FragmentAtom& head = r.atoms.front();
   std::vector<Vec3> partners;
-  for (int n : head.bonds) partners.push_back(Normalised(r.atoms[n - 1].xyz - head.xyz));
+  for (int n : head.bonds)  // a partner on top of the atom gives no direction
+    if (Norm(r.atoms[n - 1].xyz - head.xyz) > 1e-6) partners.push_back(Normalised(r.atoms[n - 1].xyz - head.xyz));
   // Points spread evenly over the sphere (golden-angle spiral).
   constexpr int Points = 300;
   struct Scored {
@@ -197,12 +198,13 @@ FragmentDatabase ReadFragmentDatabase(const std::string& path, const ElementTabl
     } else {
       for (int k = 0; k < 3 && why.empty(); ++k) {
         const auto x = ParseFortranReal(t[k + 1]);
-        if (!x) why = "coordinate \"" + std::string(t[k + 1]) + "\" is no number";
+        if (!x || !std::isfinite(*x) || std::abs(*x) > 1e6) why = "coordinate \"" + std::string(t[k + 1]) + "\" is no number";
         else a.xyz[k] = *x;
       }
       for (size_t k = 4; k < t.size() && why.empty(); ++k) {
         const auto n = ParseFortranInt(t[k]);
         if (!n || *n < 0) why = "bond \"" + std::string(t[k]) + "\" is no atom number";
+        else if (*n == static_cast<long long>(open->atoms.size()) + 1) why = "bond of the atom to itself";
         else if (*n > 0) a.bonds.push_back(static_cast<int>(*n));
       }
       if (why.empty() && static_cast<int>(a.bonds.size()) > MaxBonds) why = "more than 16 bonds";
@@ -264,6 +266,7 @@ int ReplaceHydrogen(BuiltStructure& b, int hAtom, const FragmentDatabase& db, st
   }
   if (r == nullptr) return 0;
 
+  const BuiltStructure before = b;
   int host = b.bonds[hAtom - 1].front();
   const Vec3 hostXyz = b.xyz[host - 1];
   const Vec3 out = Normalised(b.xyz[hAtom - 1] - hostXyz);
@@ -302,6 +305,10 @@ int ReplaceHydrogen(BuiltStructure& b, int hAtom, const FragmentDatabase& db, st
     if (bestDistance >= Clear) break;
   }
 
+  if (best.size() != r->atoms.size()) {  // no placement at all (atoms on top of each other)
+    b = before;
+    return 0;
+  }
   const int old = b.Atoms();
   for (size_t k = 0; k < r->atoms.size(); ++k) {
     b.z.push_back(r->atoms[k].z);

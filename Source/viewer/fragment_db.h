@@ -56,7 +56,7 @@ struct FragmentDatabase {
 // Reads the whole database. A missing file is an empty database; a record
 // with a malformed atom line (fewer than four tokens, a coordinate that is
 // no number, an unknown element, a bond number that is no number or lies
-// past the record, more than 16 bonds) is reported once with its line number
+// past the record or to the atom itself, more than 16 bonds) is reported once with its line number
 // and left out.
 FragmentDatabase ReadFragmentDatabase(const std::string& path, const ElementTable& elements);
 
