@@ -192,6 +192,63 @@ TEST(ThermoDialog, FieldsGoToTheOptions) {
   EXPECT_FALSE(ApplyThermoDialog(v, s, files));
 }
 
+// "Set exact value" of "ARIR setting" gives all rotations one barrier and
+// one NRot; its fields travel in dialog 115's values and in the journal.
+TEST(ArirDialog, ExactValueSetsOneBarrierAndFoldForAll) {
+  Session s;
+  DialogValues v = ThermoDialogValues(s);
+  const auto key = [](int id) { return NestedKey(116, id); };
+  EXPECT_EQ(v[key(1084)], "1");
+  EXPECT_EQ(v[key(1085)], "0");
+  v[key(1084)] = "0", v[key(1085)] = "1", v[key(1077)] = "12.5", v[key(1078)] = "2";
+  DialogValues back;
+  ASSERT_EQ(DecodeDialogAnswer(EncodeDialogAnswer(DialogOk, v), back), DialogOk);
+  ThermoDialogFiles files;
+  ASSERT_TRUE(ApplyThermoDialog(back, s, files));
+  EXPECT_TRUE(s.opt.userBarrier);
+  EXPECT_EQ(s.opt.userV0, 12.5);
+  EXPECT_EQ(s.opt.userNRot, 2);
+  const DialogValues again = ThermoDialogValues(s);  // the presets are the values in force
+  EXPECT_EQ(again.at(key(1085)), "1");
+  EXPECT_EQ(again.at(key(1077)), "     12.50");
+  EXPECT_EQ(again.at(key(1078)), "    2");
+  v[key(1085)] = "0", v[key(1086)] = "1";  // from the frequency: each rotation its own again
+  ASSERT_TRUE(ApplyThermoDialog(v, s, files));
+  EXPECT_FALSE(s.opt.userBarrier);
+  EXPECT_EQ(s.opt.userNRot, 0);
+  v[key(1077)] = "high";
+  EXPECT_FALSE(ApplyThermoDialog(v, s, files));
+}
+
+TEST_F(Dialogs, ArirSettingAnswersComeBackWithTheThermoDialog) {
+  QTimer timer;
+  bool opened = false;
+  QObject::connect(&timer, &QTimer::timeout, [&] {
+    auto* d = dynamic_cast<TableDialog*>(QApplication::activeModalWidget());
+    if (d == nullptr) return;
+    if (d->windowTitle() == "ARIR setting") {
+      d->findChild<QRadioButton*>("c1085")->click();
+      d->findChild<QLineEdit*>("c1077")->setText("9.5");
+      d->findChild<QLineEdit*>("c1078")->setText("3");
+      d->findChild<QAbstractButton*>("b1")->click();
+    } else if (!opened) {
+      opened = true;  // "ARIR setting" runs its own loop: the click must not wait for it here
+      QTimer::singleShot(0, d->findChild<QAbstractButton*>("b1091"), &QAbstractButton::click);
+    } else {
+      d->findChild<QAbstractButton*>("b1")->click();
+    }
+  });
+  timer.start(10);
+  Session s;
+  DialogValues v = ThermoDialogValues(s);
+  EXPECT_EQ(RunTableDialog(115, v, nullptr), DialogOk);
+  ThermoDialogFiles files;
+  ASSERT_TRUE(ApplyThermoDialog(v, s, files));
+  EXPECT_TRUE(s.opt.userBarrier);
+  EXPECT_EQ(s.opt.userV0, 9.5);
+  EXPECT_EQ(s.opt.userNRot, 3);
+}
+
 TEST(DialogJournal, AnswerLineRoundTrip) {
   DialogValues v{{1013, "tert butyl"}, {1000, "   1.0000"}, {1021, "1"}};
   const std::string line = EncodeDialogAnswer(DialogOk, v);

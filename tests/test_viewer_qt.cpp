@@ -3,12 +3,15 @@
 // mapping and the prompt dialogs.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <sstream>
+#include <utility>
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QDockWidget>
 #include <QKeyEvent>
+#include <QMenuBar>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -217,6 +220,55 @@ TEST(ViewerQt, InputDialogTakesTheFieldWhicheverButtonClosesIt) {
     });
     EXPECT_EQ(prompts.AskYesNo("Come back to initial orientation?"), yes);
   }
+}
+
+// Mode > "F3  Vibration View" greys the menus "Geometry" and "Edit" and says
+// how to start a film; F2 gives the Geometry view's menus back, F4 the edit's.
+TEST(ViewerQt, VibrationViewMenuGreysGeometryAndEditUntilF2OrF4) {
+  EnsureQtApplication(true);
+  Session s;
+  Formaldehydeish(s);
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  ViewerWindow window(s, v);
+  window.show();
+  QApplication::processEvents();
+  std::map<QString, QAction*> menus;
+  for (QAction* a : window.menuBar()->actions()) menus[a->text()] = a;
+  ASSERT_TRUE(menus.count("Geometry") && menus.count("Edit"));
+  QAction* vibration = nullptr;
+  for (QAction* a : window.findChildren<QAction*>())
+    if (a->text() == "F&3  Vibration View") vibration = a;
+  ASSERT_NE(vibration, nullptr);
+  const auto enabled = [&] { return std::pair(menus["Geometry"]->isEnabled(), menus["Edit"]->isEnabled()); };
+  const auto key = [&](Qt::Key k) {
+    QKeyEvent e(QEvent::KeyPress, k, Qt::NoModifier);
+    QApplication::sendEvent(window.view(), &e);
+  };
+  const auto menuF3 = [&] {
+    QString said;
+    QTimer::singleShot(0, [&] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      said = box->text();
+      box->done(0);
+    });
+    vibration->trigger();
+    EXPECT_EQ(said, "To start animation, press F3 and set the vibration mode number.");
+  };
+  EXPECT_EQ(enabled(), std::pair(true, false));
+  menuF3();
+  EXPECT_EQ(enabled(), std::pair(false, false));
+  key(Qt::Key_Plus);  // other keys leave them grey
+  EXPECT_EQ(enabled(), std::pair(false, false));
+  key(Qt::Key_F2);
+  EXPECT_EQ(enabled(), std::pair(true, false));
+  menuF3();
+  EXPECT_EQ(enabled(), std::pair(false, false));
+  key(Qt::Key_F4);
+  EXPECT_EQ(enabled(), std::pair(false, true));
+  window.close();
 }
 
 // The film on the window's timer: a click stops it at the end of the first

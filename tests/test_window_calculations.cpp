@@ -37,6 +37,32 @@ TEST(WindowCalculations, ThermodynamicsFromTheMenuIsTheBatchEvaluation) {
   EXPECT_NE(expected.find("400.00"), std::string::npos);
 }
 
+// "Set exact value" in "ARIR setting" is NROTALL= and V0ALL= of the SpecFile.
+TEST(WindowCalculations, ArirSettingGivesEveryRotationTheUsersBarrierAndFold) {
+  TempDir dir;
+  const std::string a = dir.Write("a.out", ReadFile(kEthanol)), b = dir.Write("b.out", ReadFile(kEthanol));
+  const std::string spec = dir.Write("a.tdi", "NROTALL=3\nV0ALL=12\n");
+  const std::string journal = dir.Write(
+      "b.jnl", "menu Thermodynamics\nanswer 1 1038=1\t1161084=0\t1161085=1\t1161077=12\t1161078=3\nmenu Exit\n");
+  const RunResult batch = RunInProcess({a, "/0", "/ARIR", "/@" + spec});
+  const RunResult window = RunInProcess({b, "/PLAY@" + journal});
+  ASSERT_EQ(batch.status, 0);
+  ASSERT_EQ(window.status, 0) << window.console;
+  // The rotations' part: the window's evaluation writes its temperature
+  // table to the MainLog, where the batch run has it in the .tdo.
+  const auto rotations = [](const std::string& log) {
+    const size_t start = log.find(" *** Automatic Recognition of Internal Rotations ***");
+    const size_t end = log.find(" Total values of thermodynamic functions", start);
+    return start == std::string::npos ? std::string() : log.substr(start, end - start);
+  };
+  const std::string expected = rotations(batch.log);
+  ASSERT_FALSE(expected.empty());
+  EXPECT_EQ(rotations(window.log), expected);
+  EXPECT_EQ(CountText(expected, " WARNING! NRot value is set by user (the same value for all rotatioins)!\n"), 1);
+  EXPECT_EQ(CountText(expected, " Rotation barrier is set by user\n"), 2);
+  EXPECT_EQ(CountText(expected, " WARNING! The same V0 value is used for all rotations!\n"), 1);
+}
+
 TEST(WindowCalculations, GeometryOptimizationReachesTheBatchHeat) {
   TempDir dir;
   const std::string a = dir.Write("a.out", ReadFile(kEthanol)), b = dir.Write("b.out", ReadFile(kEthanol));

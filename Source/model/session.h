@@ -97,6 +97,11 @@ struct Options {
   bool recalcFreq = false;
   bool arir = false;
   bool nrotProduct = false;           // /NROTPRODUCT: NRot = n1 n2, not lcm(n1, n2)
+  // One symmetry number and one barrier for every rotation (NROTALL= and
+  // V0ALL= of the SpecFile, "Set exact value" of the ARIR setting dialog).
+  int userNRot = 0;                   // 0: each rotation keeps its own
+  bool userBarrier = false;           // the user's V0 is in force when above 1e-6 kJ/mol
+  double userV0 = 0.0;                // kJ/mol
   bool noLog = false;
   bool noGraphics = false;            // /0
   bool raman = false;

@@ -63,7 +63,7 @@ struct RotorRecord {
   int symmetryNumber = 1;             // what divides the partition function
   double iStar = 0.0, iStarStar = 0.0;     // amu*bohr^2
   double v0Star = 0.0, v0StarStar = 0.0;   // kJ/mol
-  const char* v0Source = "frequency";      // "frequency", "specfile" (V0 given), "potential"
+  const char* v0Source = "frequency";      // "frequency", "specfile" (V0 given), "potential", "user" (one V0 for all)
   bool harmonic = false;              // an implausible barrier left the mode harmonic
   // C (J/K/mol), S (J/K/mol), H (kJ/mol) per model: harmonic, free I(*),
   // free I(**), Pitzer-Gwinn I(*), I(**), quantum I(*), I(**).

@@ -99,6 +99,30 @@ struct SpecReader {
                                                std::to_string(*lo) + " to " + std::to_string(*hi) + ")");
   }
 
+  // The unit of a barrier: KCAL, else AU or A.U., anywhere on the line; kJ/mol otherwise.
+  static double BarrierUnit(std::string_view line) {
+    if (Contains(line, "KCAL")) return constants::KcalToKJ;
+    if (Contains(line, "AU") || Contains(line, "A.U.")) return constants::HartreeToKJPerMol;
+    return 1.0;
+  }
+
+  // Ours: one symmetry number (NROTALL=n, 0 for each its own) and one
+  // barrier (V0ALL=x, in the units of V0) for every rotation.
+  void SameForAllRotations(std::string_view line) {
+    Options& o = s.opt;
+    if (Contains(line, "NROTALL")) {
+      const auto v = Ints(line, "NROTALL");
+      if (!v.empty()) o.userNRot = std::max(v[0], 0);
+    }
+    if (Contains(line, "V0ALL")) {
+      double v0 = 0.0;
+      if (FirstReal(line, "V0ALL", "V0ALL", v0)) {
+        o.userBarrier = true;
+        o.userV0 = v0 * BarrierUnit(line);
+      }
+    }
+  }
+
   void Rotation(std::string_view line) {
     IntRot rot;
     rot.mode = Ints(line, "VIBR").empty() ? 0 : Ints(line, "VIBR")[0];
@@ -111,9 +135,7 @@ struct SpecReader {
     if (Contains(line, "V0")) {
       double v0 = 0.0;
       FirstReal(line, "V0", "V0", v0);
-      if (Contains(line, "KCAL")) v0 *= constants::KcalToKJ;
-      else if (Contains(line, "AU") || Contains(line, "A.U.")) v0 *= constants::HartreeToKJPerMol;
-      rot.v0 = v0;
+      rot.v0 = v0 * BarrierUnit(line);
       rot.potentialKind = -1;
     }
     if (Contains(line, "READP")) {
@@ -157,6 +179,7 @@ struct SpecReader {
       const auto v = Ints(line, "MCSEEDS");
       for (size_t k = 0; k < v.size() && k < 2; ++k) o.monteCarloSeeds[k] = static_cast<unsigned>(v[k]);
     }
+    SameForAllRotations(line);
     if (Contains(line, "ZERO")) {
       s.zeroModes = Ints(line, "ZERO");
       s.nZero = 0;

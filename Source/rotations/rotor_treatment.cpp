@@ -207,7 +207,10 @@ void RecordRotors(Session& s, const std::vector<Rotor>& rotors, const std::vecto
     rec.iStarStar = r.I;
     rec.v0Star = r.V0Star;
     rec.v0StarStar = r.V0StarStar;
-    rec.v0Source = r.source == -1 ? "specfile" : (r.source == 0 || r.source == 3) ? "frequency" : "potential";
+    rec.v0Source = r.userBarrier   ? "user"
+                   : r.source == -1 ? "specfile"
+                   : (r.source == 0 || r.source == 3) ? "frequency"
+                                                      : "potential";
     rec.harmonic = r.harmonic;
     for (int j = 0; j < RotorColumnCount; ++j) {
       const RotorFunctions& f = results[k].column[j];
@@ -259,6 +262,27 @@ void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log, int number)
     r.V0Star = r.V0StarStar = f.V0;
     r.series.assign(f.potential.begin(), f.potential.end());
   }
+}
+
+bool ApplyUserFold(std::vector<Rotor>& rotors, int nRot, MainLog& log) {
+  if (nRot <= 0 || rotors.empty()) return false;
+  for (Rotor& r : rotors) r.n = nRot;
+  log.Line(" WARNING! NRot value is set by user (the same value for all rotatioins)!");
+  return true;
+}
+
+bool FoldFromPotential(const Options& o) { return o.arir && o.userNRot <= 0; }
+
+bool UseUserBarrier(Rotor& r, const Options& o, int number, int count, MainLog& log) {
+  constexpr double kFloor = 1e-6;  // kJ/mol: below it the user has set no barrier
+  if (!o.userBarrier || !(o.userV0 > kFloor)) return false;
+  r.userBarrier = true;
+  r.harmonic = false;
+  r.V0Star = r.V0StarStar = o.userV0;
+  r.series.clear();
+  log.Line(" Rotation barrier is set by user");
+  if (count > 1 && number == 1) log.Line(" WARNING! The same V0 value is used for all rotations!");
+  return true;
 }
 
 namespace {
@@ -428,6 +452,7 @@ void HinderedRotors::Prepare(Session& s) {
       rotors_[i].source = static_cast<int>(scans[i].size());
     }
   }
+  ApplyUserFold(rotors_, s.opt.userNRot, s.log);
   const KinematicMoments k = KinematicMatrix(masses, xyz, groups, axes);
   for (size_t i = 0; i < rotors_.size(); ++i) {
     rotors_[i].I0 = k.I0[i];
@@ -447,7 +472,7 @@ std::vector<TorsionRotor> TorsionRotors(const std::vector<Rotor>& rotors, bool a
     t.axisAtom1 = r.axis.atom1;
     t.axisAtom2 = r.axis.atom2;
     t.n = r.n;
-    if (r.source > 0 && r.source != 3) {
+    if (r.source > 0 && r.source != 3 && !r.userBarrier) {
       std::ostringstream quiet;
       const CosineSeries series = FourierPotential(r.potential, r.n, autoFold, quiet).potential;
       t.potential.assign(series.begin(), series.end());
@@ -499,7 +524,7 @@ TDResult HinderedRotors::MonteCarlo(Session& s) {
                " ***");
     mco_.open(name, std::ios::out | std::ios::trunc);
     mco_ << head1 << "\n" << head2 << "\n";
-    torsions_ = TorsionRotors(rotors_, s.opt.arir);
+    torsions_ = TorsionRotors(rotors_, FoldFromPotential(s.opt));
     WriteConfigurationIntegrals(mco_, torsions_, T);
   }
   const MonteCarloResult mc = MonteCarloAtT(torsions_, masses, xyz, T, s.opt.monteCarloSamples, seeds);
@@ -561,7 +586,8 @@ int HinderedRotors::Evaluate(Session& s, bool quiet) {
   for (size_t k = 0; k < rotors_.size(); ++k) {
     Rotor& r = rotors_[k];
     if (!quiet) {
-      ChooseBarrier(r, s.modes[r.mode - 1].scaledFreq, s.opt.arir, s.log, static_cast<int>(k + 1));
+      if (!UseUserBarrier(r, s.opt, static_cast<int>(k + 1), Count(), s.log))
+        ChooseBarrier(r, s.modes[r.mode - 1].scaledFreq, FoldFromPotential(s.opt), s.log, static_cast<int>(k + 1));
       std::ostringstream text;
       WriteBarrierHeight(text, r.n, r.V0Star, T, MomentSI(r.groups.reduced), MomentSI(r.I));
       CopyLines(s.log, text.str());

@@ -34,6 +34,7 @@ struct Rotor {
   double V0Star = 0.0, V0StarStar = 0.0;  // the barrier used with each moment, kJ/mol
   CosinePotential series;  // the curve of a potential (READP, /SCAN); empty: the cosine of V0
   bool harmonic = false;  // the barrier is implausible: every model is the vibration
+  bool userBarrier = false;  // the user's one V0 for all rotations stands in for any other
   std::array<QuantumLevels, 2> levels;  // of the quantum rotor with I(*) and I(**), built when first needed
 };
 
@@ -52,6 +53,21 @@ inline constexpr double MostBarrierFromFrequency = 50.0;
 // harmonic (r.harmonic); an imaginary frequency gives a free rotor (V0 = 0).
 // Each with a WARNING naming the rotation.
 void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log, int number = 1);
+
+// One symmetry number for every rotation: with nRot above 0 each rotor
+// takes it, with the WARNING said once. Returns whether it did.
+bool ApplyUserFold(std::vector<Rotor>& rotors, int nRot, MainLog& log);
+
+// Whether the fold of a potential comes from its strongest cosine term:
+// under ARIR, unless the user gave one NRot for all rotations.
+bool FoldFromPotential(const Options& o);
+
+// The user's barrier, when in force (o.userBarrier, o.userV0 above 1e-6
+// kJ/mol), for rotation `number` of `count`: V0 for both moments, the
+// cosine of V0 in place of any potential, and why in the log (the WARNING
+// of a shared V0 once, with the first of several rotations). Returns false,
+// changing nothing, when not in force.
+bool UseUserBarrier(Rotor& r, const Options& o, int number, int count, MainLog& log);
 
 // The seven columns of one rotation at T: the mode's own harmonic values, the
 // free rotor, the Pitzer-Gwinn rotor and the exact quantum rotor with I(*)

@@ -135,6 +135,7 @@ void AskPerspectiveDistance(Session& s, Prompts& p) {
 
 Outcome EnterGeometryView(ViewerState& v) {
   v.mode = ViewerMode::Geometry;
+  v.modeMenusGreyed = false;
   v.help = GeometryHelp(v.hasVibrations);
   Outcome out;
   out.helpChanged = true;
@@ -282,6 +283,12 @@ Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts) {
   }
 }
 
+ModeMenuStates ModeMenus(const ViewerState& v) {
+  if (v.modeMenusGreyed) return {false, false};
+  const bool edit = v.mode == ViewerMode::FragmentEdit;
+  return {!edit, edit};
+}
+
 Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& prompts) {
   if (!v.film.running)
     if (auto edit = DispatchEditMenu(s, v, command, prompts)) return *edit;
@@ -291,6 +298,7 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
     case MenuCommand::Exit: out.ending = Ending::Exit; return out;
     case MenuCommand::GeometryView: return EnterGeometryView(v);
     case MenuCommand::VibrationView:
+      v.modeMenusGreyed = true;
       prompts.ShowMessage("To start animation, press F3 and set the vibration mode number.");
       return out;
     case MenuCommand::Axes: Toggle(s.view.showAxes); return out;

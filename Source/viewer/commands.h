@@ -94,6 +94,15 @@ void LoadCoordinateSet(Session& s, ViewerState& v);
 std::vector<std::string> GeometryHelp(bool hasVibrations);
 
 Outcome DispatchKey(Session& s, ViewerState& v, Key key, Prompts& prompts);
+
+// Whether the menus "Geometry" and "Edit" are enabled: the Geometry view
+// greys "Edit", the Fragment edit greys "Geometry", and the menu item
+// "F3  Vibration View" greys both until the Geometry view or the Fragment
+// edit is entered again (F2, F4, G, or their menu items).
+struct ModeMenuStates {
+  bool geometry = true, edit = false;
+};
+ModeMenuStates ModeMenus(const ViewerState& v);
 Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& prompts);
 
 enum class MouseButton { Left, Right };

@@ -1,5 +1,6 @@
 #include "viewer/dialogs.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -351,11 +352,13 @@ DialogValues ThermoDialogValues(const Session& s) {
   v[1038] = Flag(s.opt.arir);
   v[1042] = Flag(s.opt.monteCarlo);
   put(1073, s.opt.monteCarloSamples);
+  PutNestedValues(v, 116, ArirDialogValues(s));
   return v;
 }
 
 bool ApplyThermoDialog(const DialogValues& v, Session& s, ThermoDialogFiles& files) {
-  if (FirstBadNumber(DialogNumber(115), v)) return false;
+  const DialogValues arir = NestedValues(v, 116);
+  if (FirstBadNumber(DialogNumber(115), v) || FirstBadNumber(DialogNumber(116), arir)) return false;
   auto num = [&](int id) { return *FieldNumber(v, id); };
   files.specName = Text(v, 1054);
   files.hessianName = Text(v, 1055);
@@ -373,6 +376,59 @@ bool ApplyThermoDialog(const DialogValues& v, Session& s, ThermoDialogFiles& fil
   s.opt.arir = On(v, 1038);
   s.opt.monteCarlo = On(v, 1042);
   s.opt.monteCarloSamples = static_cast<int>(num(1073));
+  if (!arir.empty()) ApplyArirDialog(arir, s);
+  return true;
+}
+
+DialogValues NestedValues(const DialogValues& outer, int dialog) {
+  DialogValues inner;
+  for (auto it = outer.lower_bound(NestedKey(dialog, 0)); it != outer.end() && it->first < NestedKey(dialog + 1, 0);
+       ++it)
+    inner[it->first - NestedKey(dialog, 0)] = it->second;
+  return inner;
+}
+
+void PutNestedValues(DialogValues& outer, int dialog, const DialogValues& inner) {
+  for (const auto& [id, text] : inner) outer[NestedKey(dialog, id)] = text;
+}
+
+// The "Method of PES scanning" radios and the engine methods they choose.
+constexpr std::pair<int, int> ScanMethodRadios[] = {{1087, 3}, {1088, 2}, {1089, 1}};
+
+DialogValues ArirDialogValues(const Session& s) {
+  const DialogSpec& d = DialogNumber(116);
+  DialogValues v = Presets(d);
+  auto put = [&](int id, double x) { v[id] = FieldText(*d.Find(id), x); };
+  v[1082] = Flag(s.opt.genCoordAngle != 0.0);
+  put(1075, s.opt.genCoordAngle < 0.01 ? 20.0 : s.opt.genCoordAngle);
+  v[1076] = s.rotationPattern;
+  const bool user = s.opt.userBarrier || s.opt.userNRot > 0;
+  v[1084] = Flag(!user);
+  v[1085] = Flag(user);
+  v[1086] = Flag(false);
+  put(1077, s.opt.userBarrier ? s.opt.userV0 : 0.0);
+  put(1078, s.opt.userNRot > 0 ? s.opt.userNRot : 1);
+  for (auto [id, method] : ScanMethodRadios) v[id] = Flag(method == s.opt.engineMethod);
+  put(1064, s.opt.charge);
+  return v;
+}
+
+bool ApplyArirDialog(const DialogValues& v, Session& s) {
+  if (FirstBadNumber(DialogNumber(116), v)) return false;
+  auto num = [&](int id) { return *FieldNumber(v, id); };
+  if (On(v, 1082)) {
+    s.opt.genCoordAngle = std::fabs(num(1075)) <= 0.001 ? 0.0 : num(1075);
+    s.rotationPattern = Text(v, 1076);
+  } else {
+    s.opt.genCoordAngle = 0.0;
+  }
+  const bool user = On(v, 1085);
+  s.opt.userBarrier = user;
+  s.opt.userV0 = user ? num(1077) : 0.0;
+  s.opt.userNRot = user ? std::max(0, static_cast<int>(num(1078))) : 0;
+  for (auto [id, method] : ScanMethodRadios)
+    if (On(v, id)) s.opt.engineMethod = method;
+  s.opt.charge = static_cast<int>(num(1064));
   return true;
 }
 

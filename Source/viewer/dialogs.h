@@ -94,6 +94,19 @@ struct ThermoDialogFiles {
 DialogValues ThermoDialogValues(const Session& s);
 bool ApplyThermoDialog(const DialogValues& values, Session& s, ThermoDialogFiles& files);
 
+// Dialog 116, "ARIR setting", opened from dialog 115 by "ARIR setting":
+// its answers travel in dialog 115's values under NestedKey(116, id), since
+// the numbers of the two overlap. ThermoDialogValues puts them there and
+// ApplyThermoDialog applies them with the rest.
+constexpr int NestedKey(int dialog, int id) { return dialog * 10000 + id; }
+DialogValues NestedValues(const DialogValues& outer, int dialog);  // empty when there are none
+void PutNestedValues(DialogValues& outer, int dialog, const DialogValues& inner);
+// "Set exact value" gives every rotation the barrier 1077 (in force above
+// 1e-6 kJ/mol) and the symmetry number 1078; the other two radios leave each
+// rotation its own. The rotation-coordinate fields count only with 1082 on.
+DialogValues ArirDialogValues(const Session& s);
+bool ApplyArirDialog(const DialogValues& values, Session& s);  // false, changing nothing, on a bad number
+
 // Dialog 114, "Geometry optimization parameters".
 struct GeoOptParameters {
   int method = 3;          // 1 MNDO, 2 AM1, 3 PM3

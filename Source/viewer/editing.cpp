@@ -167,6 +167,7 @@ std::vector<std::string> EditHelp(bool hasVibrations) {
 
 void EnterEditMode(ViewerState& v) {
   v.mode = ViewerMode::FragmentEdit;
+  v.modeMenusGreyed = false;
   v.help = EditHelp(v.hasVibrations);
   if (v.fragmentAtomCount < 1) {
     std::fill(v.fragmentMark.begin(), v.fragmentMark.end(), 0);

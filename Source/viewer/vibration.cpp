@@ -53,6 +53,7 @@ Outcome StepMode(Session& s, ViewerState& v, int next) {
 
 Outcome BackToGeometry(Session& s, ViewerState& v) {
   v.mode = ViewerMode::Geometry;
+  v.modeMenusGreyed = false;
   v.help = GeometryHelp(v.hasVibrations);
   LoadCoordinateSet(s, v);  // unsaved edits of the coordinates are lost here
   Outcome out;

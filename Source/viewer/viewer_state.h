@@ -81,6 +81,7 @@ struct StructureSnapshot {
 
 struct ViewerState {
   ViewerMode mode = ViewerMode::Geometry;
+  bool modeMenusGreyed = false;        // "F3  Vibration View" of the menu, until F2 or F4
   int currentSet = 0;                  // from -1 to the Session's iCyc
   bool structureEdited = false;        // set by anything that moves atoms; never cleared
   int atomCountChanged = 0;            // -1 atoms removed, +1 added; never cleared

@@ -29,6 +29,7 @@ QString InputFileFilter() {
 TableDialog::TableDialog(const DialogSpec& spec, const DialogValues& values, QWidget* parent)
     : QDialog(parent), spec_(spec) {
   setWindowTitle(Q(spec.title));
+  if (DialogValues inner = NestedValues(values, 116); !inner.empty()) nested[116] = std::move(inner);
   auto* top = new QVBoxLayout(this);
   QVBoxLayout* layout = top;
   auto* buttons = new QHBoxLayout;
@@ -128,6 +129,7 @@ DialogValues TableDialog::Values() const {
     else if (auto* radio = findChild<QRadioButton*>(name)) v[c.id] = std::string(1, radio->isChecked() ? '1' : '0');
     else if (auto* label = findChild<QLabel*>(name)) v[c.id] = label->text().toStdString();
   }
+  for (const auto& [number, inner] : nested) PutNestedValues(v, number, inner);
   return v;
 }
 

@@ -19,7 +19,8 @@ class TableDialog : public QDialog {
   TableDialog(const DialogSpec& spec, const DialogValues& values, QWidget* parent = nullptr);
   DialogValues Values() const;
   void SetCaption(const std::string& text);
-  // The answers of dialogs opened from this one (dialog 116 from "ARIR setting").
+  // The answers of dialogs opened from this one (dialog 116 from "ARIR setting"),
+  // seeded from and returned in the values under NestedKey.
   std::map<int, DialogValues> nested;
 
  private:

@@ -336,9 +336,10 @@ void ViewerWindow::RememberLayout() {
 
 void ViewerWindow::Apply(const Outcome& out) {
   if (out.showHelp) ShowHelpWindow(this, v_.help);
+  const ModeMenuStates menus = ModeMenus(v_);
+  if (editMenu_) editMenu_->setEnabled(menus.edit);
+  if (geometryMenu_) geometryMenu_->setEnabled(menus.geometry);
   if (out.helpChanged) {
-    if (editMenu_) editMenu_->setEnabled(v_.mode == ViewerMode::FragmentEdit);
-    if (geometryMenu_) geometryMenu_->setEnabled(v_.mode != ViewerMode::FragmentEdit);
     keys_->clear();
     for (const std::string& line : v_.help) keys_->appendPlainText(QString::fromStdString(line));
     keys_->moveCursor(QTextCursor::Start);  // the help reads from its first line
