@@ -79,13 +79,15 @@ TEST(FragmentDb, MalformedLineIsReportedOnceAndItsRecordSkipped) {
                                                         "\n# short\nC1 0 0\nC2 0 0\n"
                                                         "\n# pastend\nC1 0 0 0 2\nO2 1.2 0 0 7\n"
                                                         "\n# huge\nC1 1+464 0 0\n"
-                                                        "\n# self\nC1 0 0 0\nO2 1.2 0 0 2\n");
+                                                        "\n# self\nC1 0 0 0\nO2 1.2 0 0 2\n"
+                                                        "\n# wrap\nN1 0 0 0 7777777770\n");
   const FragmentDatabase db = ReadFragmentDatabase(path, Elements());
-  ASSERT_EQ(db.problems.size(), 4u);
+  ASSERT_EQ(db.problems.size(), 5u);
   EXPECT_NE(db.problems[0].find("line 13: fewer than three coordinates"), std::string::npos) << db.problems[0];
   EXPECT_NE(db.problems[1].find("line 18: bond to atom 7"), std::string::npos) << db.problems[1];
   EXPECT_NE(db.problems[2].find("line 21: coordinate \"1+464\" is no number"), std::string::npos) << db.problems[2];
   EXPECT_NE(db.problems[3].find("line 25: bond of the atom to itself"), std::string::npos) << db.problems[3];
+  EXPECT_NE(db.problems[4].find("line 28: bond \"7777777770\" is no atom number"), std::string::npos) << db.problems[4];
   EXPECT_EQ(db.records.size(), 2u);
   EXPECT_TRUE(FindFragments(db, "short").empty());
   EXPECT_EQ(FindFragments(db, "Me").size(), 1u);

@@ -203,7 +203,7 @@ FragmentDatabase ReadFragmentDatabase(const std::string& path, const ElementTabl
       }
       for (size_t k = 4; k < t.size() && why.empty(); ++k) {
         const auto n = ParseFortranInt(t[k]);
-        if (!n || *n < 0) why = "bond \"" + std::string(t[k]) + "\" is no atom number";
+        if (!n || *n < 0 || *n > std::numeric_limits<int>::max()) why = "bond \"" + std::string(t[k]) + "\" is no atom number";
         else if (*n == static_cast<long long>(open->atoms.size()) + 1) why = "bond of the atom to itself";
         else if (*n > 0) a.bonds.push_back(static_cast<int>(*n));
       }
