@@ -751,7 +751,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   res.electronicEv = eElec;
   res.coreCoreEv = setup.coreCore;
   res.totalEv = eElec + setup.coreCore;
-  res.heatKcal = (res.totalEv - eisol) * kEvToKcal + eheat;
+  res.heatKcal = (res.totalEv - eisol) * set.Units().evToKcal + eheat;
   res.heatKj = res.heatKcal * kKcalToKj;
   res.status = converged ? EngineStatus::Converged : EngineStatus::NotConverged;
   res.density = p;

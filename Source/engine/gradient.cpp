@@ -53,6 +53,7 @@ std::vector<std::array<double, 3>> FixedDensityGradient(const ParameterSet& set,
   std::vector<std::array<double, 3>> g(na, {0, 0, 0});
   if (density.size() != static_cast<size_t>(n) * n) return g;
   const double h = 1e-4;  // angstrom
+  const double evToKcal = set.Units().evToKcal;
   for (int a = 1; a < na; ++a)
     for (int b = 0; b < a; ++b)
       for (int k = 0; k < 3; ++k) {
@@ -61,7 +62,7 @@ std::vector<std::array<double, 3>> FixedDensityGradient(const ParameterSet& set,
         minus[k] -= h;
         const double ep = PairEnergy(set, z[a], z[b], x[a], plus, density, n, first[a], first[b]);
         const double em = PairEnergy(set, z[a], z[b], x[a], minus, density, n, first[a], first[b]);
-        const double d = (ep - em) / (2 * h) * kEvToKcal;
+        const double d = (ep - em) / (2 * h) * evToKcal;
         g[b][k] += d;
         g[a][k] -= d;
       }
