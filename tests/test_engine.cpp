@@ -71,50 +71,24 @@ double Heat(EngineMethod m, const Geometry& g, const EngineOptions& o = BuiltinO
   return r.heatKcal;
 }
 
-bool OnlyHCNOF(const Geometry& g) {
-  for (int z : g.z)
-    if (z != 1 && z != 6 && z != 7 && z != 8 && z != 9) return false;
-  return true;
-}
-
 }  // namespace
 
 // ---- Heats of formation against MOPAC ----------------------------------------
 
+// MNDO/d against MOPAC's MNDOD too: d orbitals on Al-Cl, Br and I, and
+// MOPAC's older constants for the method (27.21 eV per hartree, 0.529167 A
+// per bohr, 23.061 kcal/mol per eV), without which the heats drift by about
+// 0.013 kcal/mol per heavy atom (C30H62: 0.41).
 TEST(engineMopac, SinglePointHeatsWithinFiveHundredthsOfAKcal) {
   const auto refs = MopacReferences("mopac_1scf.txt");
   ASSERT_GT(refs.size(), 50u);
   std::map<std::string, double> worst;
   for (const MopacReference& r : refs) {
-    if (r.method == "MNDOD") continue;
     const double heat = Heat(MethodFromName(r.method), ReadXyz(r.name));
     EXPECT_NEAR(heat, r.heat, 0.05) << r.name << ' ' << r.method;
     worst[r.method] = std::max(worst[r.method], std::abs(heat - r.heat));
   }
   for (const auto& [m, d] : worst) std::printf("  largest deviation from MOPAC, %s: %.5f kcal/mol\n", m.c_str(), d);
-}
-
-// On H, C, N, O and F alone MNDO/d is MNDO. MOPAC's own MNDOD differs from
-// its MNDO there by 0.01-0.07 kcal/mol although both take the same
-// parameters for these elements: its energy partition of H2 (ENPART) shows
-// every two-centre term, resonance, electron-electron, electron-nuclear and
-// nuclear-nuclear alike, smaller by about 2e-5 of itself, as if its d-method
-// integral path took the pair distance in bohr a little longer. Dividing by
-// an older bohr (0.529167) overshoots by about as much, so the exact cause
-// stays open; MNDO's number is the one to match, and the same offset is most
-// of what is left on the d-orbital molecules below (largest on dmso, 0.05).
-TEST(engineMopac, MndoDOnFirstRowMoleculesIsMndo) {
-  std::map<std::string, double> mndo;
-  for (const MopacReference& r : MopacReferences("mopac_1scf.txt"))
-    if (r.method == "MNDO") mndo[r.name] = r.heat;
-  int checked = 0;
-  for (const auto& [molecule, heat] : mndo) {
-    const Geometry g = ReadXyz(molecule);
-    if (!OnlyHCNOF(g)) continue;
-    EXPECT_NEAR(Heat(EngineMethod::MNDOD, g), heat, 0.05) << molecule;
-    ++checked;
-  }
-  EXPECT_GE(checked, 8);
 }
 
 TEST(engineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
@@ -130,28 +104,6 @@ TEST(engineMopac, OptimisedHeatsWithinTwoTenthsOfAKcal) {
     EXPECT_TRUE(res.optimised);
     EXPECT_NEAR(res.heatKcal, r.heat, 0.2) << r.name << ' ' << r.method;
   }
-}
-
-// MNDO/d with d orbitals on Al-Cl, Br and I against MOPAC's MNDOD. The core
-// additive term of the core-electron attractions and the core-core term is
-// MOPAC's poc_d: for Al-Cl, Zn, Br, Cd, I and Hg it is 1/2 of 27.21 eV over
-// GSS (the paper's rule, with the paper's hartree: the tables carry no
-// value for it, so it is derived), for Na and Mg the fitted 1.5305533 and
-// 1.3507762 bohr; elsewhere 1/(2 AM), as in MNDO.
-TEST(engineMopac, MndoDWithDOrbitalsWithinFifteenHundredthsOfAKcal) {
-  double worst = 0;
-  int checked = 0;
-  for (const MopacReference& r : MopacReferences("mopac_1scf.txt")) {
-    if (r.method != "MNDOD") continue;
-    const Geometry g = ReadXyz(r.name);
-    if (OnlyHCNOF(g)) continue;
-    const double heat = Heat(EngineMethod::MNDOD, g);
-    EXPECT_NEAR(heat, r.heat, 0.15) << r.name;
-    worst = std::max(worst, std::abs(heat - r.heat));
-    ++checked;
-  }
-  EXPECT_GE(checked, 14);
-  std::printf("  largest deviation from MOPAC, MNDOD with d orbitals: %.5f kcal/mol\n", worst);
 }
 
 TEST(engineMopac, MndoDUsesNineOrbitalsOnChlorine) {
@@ -319,6 +271,43 @@ TEST(engineGradient, PairwiseAtFixedDensityIsTheNumericalGradient) {
         worst = std::max(worst, std::abs(analytic[a][k] - numeric));
       }
     std::printf("  %s: largest difference %.2e kcal/mol/A\n", name, worst);
+  }
+}
+
+// The same under UHF, with the alpha and beta densities apart, on a doublet
+// and a triplet; a restricted open shell is no such case (its half-electron
+// correction is not stationary), so the optimiser differentiates it numerically.
+TEST(engineGradient, UnrestrictedPairwiseIsTheNumericalGradient) {
+  const Geometry methyl{{6, 1, 1, 1}, {{0, 0, 0.05}, {1.08, 0, 0}, {-0.50, 0.95, 0}, {-0.56, -0.92, 0.02}}};
+  const Geometry ch2{{6, 1, 1}, {{0, 0, 0}, {1.12, 0, 0}, {-0.45, 0.99, 0.03}}};
+  const struct {
+    const char* name;
+    const Geometry& g;
+    int multiplicity;
+    EngineMethod method;
+  } cases[] = {{"methyl", methyl, 2, EngineMethod::PM3}, {"ch2", ch2, 3, EngineMethod::MNDO}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EngineOptions o = BuiltinOnly();
+    o.scfCriterion = 1e-11;
+    o.unrestricted = true;
+    const ParameterSet set = BuiltinParameters(c.method);
+    const EngineResult r = EngineRunWith(set, c.g.z, c.g.x, 0, c.multiplicity, false, nullptr, o);
+    ASSERT_EQ(r.alphaDensity.size(), r.density.size());
+    const auto analytic = FixedDensityGradient(set, c.g.z, c.g.x, r.density, &r.alphaDensity);
+    double worst = 0;
+    for (size_t a = 0; a < c.g.z.size(); ++a)
+      for (int k = 0; k < 3; ++k) {
+        Geometry y = c.g;
+        y.x[a][k] += 1e-4;
+        const double ep = EngineRunWith(set, y.z, y.x, 0, c.multiplicity, false, nullptr, o).heatKcal;
+        y.x[a][k] -= 2e-4;
+        const double em = EngineRunWith(set, y.z, y.x, 0, c.multiplicity, false, nullptr, o).heatKcal;
+        const double numeric = (ep - em) / 2e-4;
+        EXPECT_NEAR(analytic[a][k], numeric, 1e-4) << "atom " << a + 1 << " axis " << k;
+        worst = std::max(worst, std::abs(analytic[a][k] - numeric));
+      }
+    std::printf("  %s (UHF): largest difference %.2e kcal/mol/A\n", c.name, worst);
   }
 }
 

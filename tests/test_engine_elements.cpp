@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "engine/engine.h"
+#include "engine/geoopt.h"
 #include "engine/integrals.h"
 #include "io/fortran_io.h"
 #include "model/elements.h"
@@ -74,6 +75,26 @@ EngineOptions BuiltinOnly() {
   o.printLevel = 0;
   o.writeWorkingFiles = false;
   return o;
+}
+
+// The open-shell molecules of uhf_molecules.txt by name.
+std::map<std::string, Molecule> UhfMolecules() {
+  std::ifstream mols(quintor::test::TestInput("engine/uhf_molecules.txt"));
+  std::map<std::string, Molecule> geometry;
+  for (std::string line; std::getline(mols, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream ss(line);
+    std::string name, sym;
+    int mult = 0;
+    ss >> name >> mult;
+    std::array<double, 3> x{};
+    while (ss >> sym >> x[0] >> x[1] >> x[2]) {
+      for (int z = 1; z <= kMaxElement; ++z)
+        if (sym == Symbol(z)) geometry[name].z.push_back(z);
+      geometry[name].x.push_back(x);
+    }
+  }
+  return geometry;
 }
 
 }  // namespace
@@ -166,21 +187,7 @@ TEST(engineElements, ImpossibleStatesAreRefused) {
 // Unrestricted Hartree-Fock against MOPAC's UHF: radicals and triplets
 // (tests/inputs/engine/make_uhf_reference.sh), heat and <S**2>.
 TEST(engineElements, UnrestrictedIsMopacsUhf) {
-  std::ifstream mols(quintor::test::TestInput("engine/uhf_molecules.txt"));
-  std::map<std::string, Molecule> geometry;
-  for (std::string line; std::getline(mols, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream ss(line);
-    std::string name, sym;
-    int mult = 0;
-    ss >> name >> mult;
-    std::array<double, 3> x{};
-    while (ss >> sym >> x[0] >> x[1] >> x[2]) {
-      for (int z = 1; z <= kMaxElement; ++z)
-        if (sym == Symbol(z)) geometry[name].z.push_back(z);
-      geometry[name].x.push_back(x);
-    }
-  }
+  const std::map<std::string, Molecule> geometry = UhfMolecules();
   std::ifstream ref(quintor::test::TestInput("engine/mopac_uhf.txt"));
   int checked = 0;
   for (std::string line; std::getline(ref, line);) {
@@ -194,7 +201,7 @@ TEST(engineElements, UnrestrictedIsMopacsUhf) {
     const EngineMethod m = method == "MNDO" ? EngineMethod::MNDO : method == "AM1" ? EngineMethod::AM1 : EngineMethod::PM3;
     EngineOptions o = BuiltinOnly();
     o.unrestricted = true;
-    const Molecule& g = geometry[name];
+    const Molecule& g = geometry.at(name);
     const EngineResult r = EngineRun(m, g.z, g.x, 0, mult, false, nullptr, o);
     EXPECT_EQ(r.status, EngineStatus::Converged);
     EXPECT_NEAR(r.heatKcal, heat, 0.05);
@@ -207,4 +214,36 @@ TEST(engineElements, UnrestrictedIsMopacsUhf) {
   EXPECT_EQ(checked, 15);
   EXPECT_EQ(OpenShellTreatment(2, false, 0), " Open shell: restricted half-electron (MOPAC's RHF for a doublet)");
   EXPECT_EQ(OpenShellTreatment(1, false, 0), "");
+}
+
+// UHF optima by the pair-wise gradient (alpha and beta densities) against
+// MOPAC's PM3 UHF PRECISE optima from the same start.
+TEST(engineElements, UnrestrictedOptimaAreMopacs) {
+  const std::map<std::string, Molecule> geometry = UhfMolecules();
+  std::ifstream ref(quintor::test::TestInput("engine/mopac_uhf_opt.txt"));
+  int checked = 0;
+  double worst = 0;
+  for (std::string line; std::getline(ref, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream ss(line);
+    std::string name, method;
+    int mult = 0;
+    double heat = 0;
+    ss >> name >> mult >> method >> heat;
+    SCOPED_TRACE(name);
+    GeoOptSettings s;
+    s.engine = BuiltinOnly();
+    s.engine.unrestricted = true;
+    s.tolerances = {0.01, 1e-6, 1e-6};
+    const Molecule& g = geometry.at(name);
+    const GeoOptResult r = GeoOpt(EngineMethod::PM3, g.z, g.x, 0, mult, s, nullptr, nullptr);
+    EXPECT_TRUE(r.optimised);
+    EXPECT_NEAR(r.heatKcal, heat, 0.05);
+    // one SCF per energy and per gradient at most: no differences of whole energies
+    EXPECT_LE(r.energyCalls, r.functionCalls + r.gradientCalls);
+    worst = std::max(worst, std::abs(r.heatKcal - heat));
+    ++checked;
+  }
+  EXPECT_GE(checked, 5);
+  std::printf("  UHF optima: largest deviation from MOPAC %.5f kcal/mol\n", worst);
 }

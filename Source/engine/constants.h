@@ -1,5 +1,6 @@
 // Physical constants of the engine. They are those of MOPAC 22 (CODATA 2018),
-// so that heats of formation agree with it to the last printed digit.
+// so that heats of formation agree with it to the last printed digit; MNDO/d
+// takes MOPAC's older set in their place (UnitsOf in parameters.h).
 #pragma once
 
 #include "numeric/constants.h"

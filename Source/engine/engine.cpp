@@ -232,6 +232,7 @@ struct UhfOutcome {
   int iterations = 0;
   bool converged = false;
   std::vector<double> density;  // alpha + beta
+  std::vector<double> alpha;
 };
 
 // Unrestricted SCF: alpha and beta orbitals of their own, F(alpha) = H +
@@ -343,6 +344,7 @@ UhfOutcome RunUhf(const Setup& setup, int n, int nAlpha, int nBeta, const std::v
   u.spinSquared = sz * (sz + 1) + nBeta - overlap;
   for (size_t i = 0; i < nn; ++i) pt[i] = pa[i] + pb[i];
   u.density = pt;
+  u.alpha = std::move(pa);
   return u;
 }
 
@@ -620,6 +622,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     deltaE = u.deltaE;
     deltaP = u.deltaP;
     p = u.density;
+    res.alphaDensity = u.alpha;
     res.spinSquared = u.spinSquared;
   } else
   for (niter = 1;; ++niter) {
@@ -751,7 +754,7 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
   res.electronicEv = eElec;
   res.coreCoreEv = setup.coreCore;
   res.totalEv = eElec + setup.coreCore;
-  res.heatKcal = (res.totalEv - eisol) * kEvToKcal + eheat;
+  res.heatKcal = (res.totalEv - eisol) * set.Units().evToKcal + eheat;
   res.heatKj = res.heatKcal * kKcalToKj;
   res.status = converged ? EngineStatus::Converged : EngineStatus::NotConverged;
   res.density = p;

@@ -62,6 +62,7 @@ struct EngineResult {
   std::string message;        // why it was refused or aborted
   int exitStatus = 0;         // the process status a refusal stands for (0 when it ran)
   std::vector<double> density;  // the final density (bond order) matrix, full n x n
+  std::vector<double> alphaDensity;  // its alpha part, unrestricted only (beta is the rest)
 };
 
 // True when the engine ran to its end (converged or not): the heat stands.

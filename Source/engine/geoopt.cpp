@@ -58,6 +58,7 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
   opt.printLevel = 0;
   opt.writeWorkingFiles = false;  // written once, at the optimum
   std::vector<double> density;  // carried from call to call as the SCF start
+  std::vector<double> alpha;      // its alpha part (unrestricted)
   std::vector<double> densityAt;  // the variables at which `density` is converged
   int cycle = 0;
   auto energy = [&](const std::vector<double>& v, bool gradientCall) {
@@ -69,6 +70,7 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     ++res.energyCalls;
     if (!gradientCall && !r.density.empty()) {
       density = std::move(r.density);
+      alpha = std::move(r.alphaDensity);
       densityAt = v;
     }
     return r.heatKcal;
@@ -79,7 +81,10 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
     if (console) *console << " Cycle:" << FmtI(cycle, 5) << "   Energy =" << FmtF(e * kKcalToKj, 20, 8) << '\n';
     return e;
   };
-  const bool pairwise = !settings.numericalGradient && multiplicity == 1;
+  // Closed shells and unrestricted open shells are stationary in their
+  // densities; the half-electron correction is not, so it takes differences.
+  const bool unrestricted = settings.engine.unrestricted;
+  const bool pairwise = !settings.numericalGradient && (multiplicity == 1 || unrestricted);
   auto gradient = [&](const std::vector<double>& v, std::vector<double>& g) {
     g.assign(v.size(), 0.0);
     if (pairwise) {
@@ -92,11 +97,12 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
         ++res.energyCalls;
         if (!r.density.empty()) {
           density = std::move(r.density);
+          alpha = std::move(r.alphaDensity);
           densityAt = v;
         }
       }
       place(v);
-      const auto atoms = FixedDensityGradient(set, atomicNumbers, work, density);
+      const auto atoms = FixedDensityGradient(set, atomicNumbers, work, density, unrestricted ? &alpha : nullptr);
       for (size_t i = 0; i < vars.size(); ++i) g[i] = atoms[vars[i].first - 1][vars[i].second - 1];
       return;
     }

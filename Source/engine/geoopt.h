@@ -1,5 +1,5 @@
 // Geometry optimisation with the engine: energies from EngineRun, gradients
-// at fixed density pair by pair (numerical for open shells), and the DFP
+// at fixed density pair by pair (numerical for restricted open shells), and the DFP
 // minimiser in Cartesian coordinates.
 #pragma once
 
@@ -21,8 +21,8 @@ struct GeoOptSettings {
   int maxIterations = 200;
   double step = 0.0001;  // finite-difference step of the numerical gradient, angstrom
   // The gradient by central differences of whole energies (two SCFs per
-  // coordinate) in place of the pair-wise one at fixed density; open shells
-  // always take it.
+  // coordinate) in place of the pair-wise one at fixed density; restricted
+  // (half-electron) open shells always take it.
   bool numericalGradient = false;
   // Free coordinates as pairs (atom number from 1, axis 1..3); empty for all.
   std::vector<std::pair<int, int>> variables;

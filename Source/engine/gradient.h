@@ -13,10 +13,13 @@
 namespace quintor::engine {
 
 // kcal/mol/Angstrom per atom; coordinates in angstroms, `density` the full
-// n x n density of EngineResult. Exact for closed shells only: the
-// half-electron energy of an open shell is not stationary in the density.
+// n x n density of EngineResult and, for an unrestricted calculation, `alpha`
+// its alpha part (the exchange then takes alpha and beta apart). Exact for
+// closed shells and unrestricted open shells; not for the restricted
+// half-electron treatment, whose correction is not stationary in the orbitals.
 std::vector<std::array<double, 3>> FixedDensityGradient(const ParameterSet& set, const std::vector<int>& atomicNumbers,
                                                         const std::vector<std::array<double, 3>>& coordsAngstrom,
-                                                        const std::vector<double>& density);
+                                                        const std::vector<double>& density,
+                                                        const std::vector<double>* alpha = nullptr);
 
 }  // namespace quintor::engine

@@ -428,7 +428,8 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   const bool dA = na == 9, dB = nb == 9;
   std::array<double, 3> d = {xb[0] - xa[0], xb[1] - xa[1], xb[2] - xa[2]};
   const double rA = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);  // angstrom
-  const double r = rA / kBohr;
+  const EngineUnits units = set.Units();
+  const double r = rA / units.bohr;
   for (double& c : d) c /= rA;
   const auto frame = LocalFrame(d);
 
@@ -503,7 +504,7 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
               for (const BipolarTerm& tb : expansions[c * 9 + e])
                 if (ta.m == tb.m) v += ta.coef * tb.coef * (*bipolar)(ta, tb);
           }
-          loc[((a * na + b) * nb + c) * nb + e] = v * kEv;
+          loc[((a * na + b) * nb + c) * nb + e] = v * units.ev;
         }
     }
 
@@ -528,7 +529,7 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
         v += t.coef * (sign > 0 ? Interaction(c, core, r) : Interaction(core, c, r));
       }
     }
-    return v * kEv;
+    return v * units.ev;
   };
   std::vector<double> e1bLoc(na * na), e2aLoc(nb * nb);
   for (int a = 0; a < na; ++a)
@@ -600,7 +601,7 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
     }
 
   // Core-core repulsion.
-  const double gab = kEv / std::sqrt(r * r + std::pow(coreRhoA + coreRhoB, 2));
+  const double gab = units.ev / std::sqrt(r * r + std::pow(coreRhoA + coreRhoB, 2));
   const double enuc = pa.core * pb.core * gab;
   const double ea_ = std::exp(-pa.alp * rA), eb_ = std::exp(-pb.alp * rA);
   // Pair-specific terms: MNDO/d's bonds of Na, Mg and Al, and the fitted pairs

@@ -37,6 +37,12 @@ const char* MethodName(EngineMethod method) {
   return "PM3";
 }
 
+EngineUnits UnitsOf(EngineMethod method) {
+  if (method == EngineMethod::MNDOD)
+    return {constants::EngineOldBohrToAngstrom, constants::EngineOldHartreeToEV, constants::EngineOldEVToKcal};
+  return {kBohr, kEv, kEvToKcal};
+}
+
 bool MethodHasDOrbitals(EngineMethod method) {
   return method == EngineMethod::MNDOD || method == EngineMethod::PM3D;
 }
@@ -303,6 +309,7 @@ double QuadrupoleAdditive(double qq, double hpp) {
 
 void DeriveParameters(ParameterSet& set) {
   const bool dMethod = MethodHasDOrbitals(set.method);
+  const double ev = set.Units().ev;
   for (int z = 1; z <= kMaxElement; ++z) {
     ElementParameters& p = set.el[z];
     auto given = [&](ParameterKey k) { return set.IsGiven(z, k); };
@@ -312,7 +319,7 @@ void DeriveParameters(ParameterSet& set) {
     if (z == 1 || (p.zp <= 0 && p.upp == 0)) {
       // An s-only atom: every multipole is the monopole.
       if (!given(ParameterKey::EISOL)) p.eisol = p.uss * sh.s + p.gss * std::max(sh.s - 1, 0);
-      if (!given(ParameterKey::AM)) p.am = p.gss / kEv;
+      if (!given(ParameterKey::AM)) p.am = p.gss / ev;
       if (!given(ParameterKey::AD)) p.ad = p.am;
       if (!given(ParameterKey::AQ)) p.aq = p.am;
       continue;
@@ -334,9 +341,9 @@ void DeriveParameters(ParameterSet& set) {
     if (!given(ParameterKey::DD))
       p.dd = (2 * qn + 1) * std::pow(4 * p.zs * zp, qn + 0.5) / std::pow(p.zs + zp, 2 * qn + 2) / std::sqrt(3.0);
     if (!given(ParameterKey::QQ)) p.qq = std::sqrt((4 * qn * qn + 6 * qn + 2) / 20.0) / zp;
-    if (!given(ParameterKey::AM)) p.am = p.gss / kEv;
-    if (!given(ParameterKey::AD)) p.ad = DipoleAdditive(p.dd, hsp / kEv);
-    if (!given(ParameterKey::AQ)) p.aq = QuadrupoleAdditive(p.qq, hpp / kEv);
+    if (!given(ParameterKey::AM)) p.am = p.gss / ev;
+    if (!given(ParameterKey::AD)) p.ad = DipoleAdditive(p.dd, hsp / ev);
+    if (!given(ParameterKey::AQ)) p.aq = QuadrupoleAdditive(p.qq, hpp / ev);
     if (dMethod && OrbitalCount(p, true) == 9) DeriveDOrbitalTerms(z, ValenceN(z), set);
   }
 }

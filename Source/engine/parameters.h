@@ -25,6 +25,16 @@ int MethodIndex(EngineMethod method);
 const char* MethodName(EngineMethod method);
 bool MethodHasDOrbitals(EngineMethod method);
 
+// The physical constants of a method's integrals and heats: those of MOPAC
+// 22, which are CODATA 2018 except for MNDO/d (older values, 27.21 eV per
+// hartree, 0.529167 A per bohr, 23.061 kcal/mol per eV).
+struct EngineUnits {
+  double bohr;      // angstrom per bohr
+  double ev;        // eV per hartree
+  double evToKcal;  // kcal/mol per eV
+};
+EngineUnits UnitsOf(EngineMethod method);
+
 constexpr int kMaxElement = 86;
 
 // Everything the engine knows of one element for one method. Energies in eV,
@@ -92,6 +102,7 @@ struct ParameterSet {
   // given[Z][key]: the value came from a row, so the defaults leave it alone.
   std::array<std::array<bool, static_cast<int>(ParameterKey::Count)>, kMaxElement + 1> given{};
   bool IsGiven(int z, ParameterKey k) const { return given[z][static_cast<int>(k)]; }
+  EngineUnits Units() const { return UnitsOf(method); }
 };
 
 // Does a section head ("//PM3 ", "//COMMON", ...) apply for the method?

@@ -153,11 +153,11 @@ double Radial(const ElementParameters& p, int la, int lb, int lc, int ld, int k)
 // The additive term rho of a multipole of order l and charge separation d
 // whose one-centre self-interaction equals `fg` (eV): the condition of the
 // MNDO/d paper, solved by bisection on the interval the method searches.
-double AdditiveTerm(int l, double d, double fg) {
-  if (l == 0) return 0.5 * kEv / fg;
+double AdditiveTerm(int l, double d, double fg, double ev) {
+  if (l == 0) return 0.5 * ev / fg;
   auto f = [&](double rho) {
-    if (l == 1) return kEv / 4 * (1 / rho - 1 / std::sqrt(rho * rho + d * d)) - fg;
-    return kEv / 8 * (1 / rho - 2 / std::sqrt(rho * rho + d * d / 2) + 1 / std::sqrt(rho * rho + d * d)) - fg;
+    if (l == 1) return ev / 4 * (1 / rho - 1 / std::sqrt(rho * rho + d * d)) - fg;
+    return ev / 8 * (1 / rho - 2 / std::sqrt(rho * rho + d * d / 2) + 1 / std::sqrt(rho * rho + d * d)) - fg;
   };
   double lo = 0.1, hi = 5.0;  // f falls with rho
   if (f(lo) <= 0) return lo;
@@ -179,7 +179,8 @@ double MomentFactor(double z1, double z2, int n1, int n2, int l) {
 
 }  // namespace
 
-double RadialSlaterCondon(int k, int na, double ea, int nb, double eb, int nc, double ec, int nd, double ed) {
+double RadialSlaterCondon(int k, int na, double ea, int nb, double eb, int nc, double ec, int nd, double ed,
+                          double ev) {
   auto norm = [](int n, double e) { return std::pow(2 * e, n + 0.5) / std::sqrt(Factorial(2 * n)); };
   const double n = norm(na, ea) * norm(nb, eb) * norm(nc, ec) * norm(nd, ed);
   const int p = na + nb, q = nc + nd;
@@ -195,31 +196,32 @@ double RadialSlaterCondon(int k, int na, double ea, int nb, double eb, int nc, d
     return Factorial(i) / std::pow(b, i + 1) * (Factorial(m) / std::pow(a, m + 1) - sum);
   };
   const double v = region(p - k - 1, alpha, q + k, beta) + region(q - k - 1, beta, p + k, alpha);
-  return n * v * kEv;
+  return n * v * ev;
 }
 
 void DeriveDOrbitalTerms(int z, int n, ParameterSet& set) {
   ElementParameters& p = set.el[z];
   const int nd = ValenceNd(z);
   const double es = p.zns > 0 ? p.zns : p.zs, ep = p.znp > 0 ? p.znp : p.zp, ed = p.znd > 0 ? p.znd : p.zd;
+  const double ev = set.Units().ev;
   auto& sc = p.slaterCondon;
   sc[F0SS] = p.gss;
   sc[F0SP] = p.gsp;
   sc[G1SP] = 3 * p.hsp;
   sc[F2PP] = 25.0 / 6.0 * (p.gpp - p.gp2);
   sc[F0PP] = p.gpp - 4.0 / 25.0 * sc[F2PP];
-  sc[F0SD] = RadialSlaterCondon(0, n, es, n, es, nd, ed, nd, ed);
-  sc[F0PD] = RadialSlaterCondon(0, n, ep, n, ep, nd, ed, nd, ed);
-  sc[F0DD] = RadialSlaterCondon(0, nd, ed, nd, ed, nd, ed, nd, ed);
-  sc[G1PD] = RadialSlaterCondon(1, n, ep, nd, ed, n, ep, nd, ed);
-  sc[H1SPPD] = RadialSlaterCondon(1, n, es, n, ep, n, ep, nd, ed);
-  sc[G2SD] = RadialSlaterCondon(2, n, es, nd, ed, n, es, nd, ed);
-  sc[F2PD] = RadialSlaterCondon(2, n, ep, n, ep, nd, ed, nd, ed);
-  sc[F2DD] = RadialSlaterCondon(2, nd, ed, nd, ed, nd, ed, nd, ed);
-  sc[H2SDPP] = RadialSlaterCondon(2, n, ep, n, ep, n, es, nd, ed);
-  sc[H2SDDD] = RadialSlaterCondon(2, n, es, nd, ed, nd, ed, nd, ed);
-  sc[G3PD] = RadialSlaterCondon(3, n, ep, nd, ed, n, ep, nd, ed);
-  sc[F4DD] = RadialSlaterCondon(4, nd, ed, nd, ed, nd, ed, nd, ed);
+  sc[F0SD] = RadialSlaterCondon(0, n, es, n, es, nd, ed, nd, ed, ev);
+  sc[F0PD] = RadialSlaterCondon(0, n, ep, n, ep, nd, ed, nd, ed, ev);
+  sc[F0DD] = RadialSlaterCondon(0, nd, ed, nd, ed, nd, ed, nd, ed, ev);
+  sc[G1PD] = RadialSlaterCondon(1, n, ep, nd, ed, n, ep, nd, ed, ev);
+  sc[H1SPPD] = RadialSlaterCondon(1, n, es, n, ep, n, ep, nd, ed, ev);
+  sc[G2SD] = RadialSlaterCondon(2, n, es, nd, ed, n, es, nd, ed, ev);
+  sc[F2PD] = RadialSlaterCondon(2, n, ep, n, ep, nd, ed, nd, ed, ev);
+  sc[F2DD] = RadialSlaterCondon(2, nd, ed, nd, ed, nd, ed, nd, ed, ev);
+  sc[H2SDPP] = RadialSlaterCondon(2, n, ep, n, ep, n, es, nd, ed, ev);
+  sc[H2SDDD] = RadialSlaterCondon(2, n, es, nd, ed, nd, ed, nd, ed, ev);
+  sc[G3PD] = RadialSlaterCondon(3, n, ep, nd, ed, n, ep, nd, ed, ev);
+  sc[F4DD] = RadialSlaterCondon(4, nd, ed, nd, ed, nd, ed, nd, ed, ev);
   p.f0sd = sc[F0SD], p.g2sd = sc[G2SD], p.f0dd = sc[F0DD], p.f2dd = sc[F2DD], p.f4dd = sc[F4DD];
   p.f0pd = sc[F0PD], p.f2pd = sc[F2PD], p.g1pd = sc[G1PD], p.g3pd = sc[G3PD];
 
@@ -234,11 +236,11 @@ void DeriveDOrbitalTerms(int z, int n, ParameterSet& set) {
   p.bdd[0] = 0.5 / p.am;
   p.bdd[1] = 0.5 / p.ad;
   p.bdd[2] = 0.5 / p.aq;
-  p.bdd[3] = AdditiveTerm(2, p.add[3], sc[G2SD] / 5);
-  p.bdd[4] = AdditiveTerm(1, p.add[4], 4.0 / 15.0 * sc[G1PD]);
-  p.bdd[5] = AdditiveTerm(2, p.add[5], 3.0 / 49.0 * sc[F2DD]);
+  p.bdd[3] = AdditiveTerm(2, p.add[3], sc[G2SD] / 5, ev);
+  p.bdd[4] = AdditiveTerm(1, p.add[4], 4.0 / 15.0 * sc[G1PD], ev);
+  p.bdd[5] = AdditiveTerm(2, p.add[5], 3.0 / 49.0 * sc[F2DD], ev);
   p.bdd[6] = p.bdd[0];
-  p.bdd[7] = sc[F0DD] > 1e-5 ? AdditiveTerm(0, 1, sc[F0DD]) : 1e5;
+  p.bdd[7] = sc[F0DD] > 1e-5 ? AdditiveTerm(0, 1, sc[F0DD], ev) : 1e5;
   p.bdd[8] = CoreAdditiveTerm(z, p, set.method);
 }
 
@@ -246,7 +248,8 @@ double CoreAdditiveTerm(int z, const ElementParameters& p, EngineMethod method) 
   if (method == EngineMethod::MNDOD) {
     if (z == 11) return 1.5305533;
     if (z == 12) return 1.3507762;
-    if ((z >= 13 && z <= 17) || z == 30 || z == 35 || z == 48 || z == 53 || z == 80) return 0.5 * 27.21 / p.gss;
+    if ((z >= 13 && z <= 17) || z == 30 || z == 35 || z == 48 || z == 53 || z == 80)
+      return 0.5 * UnitsOf(method).ev / p.gss;
   }
   return 0.5 / p.am;
 }

@@ -36,6 +36,11 @@ inline constexpr double RotConstFactor = 1804.74;          // 1/(amu bohr^2) -> 
 inline constexpr double EngineBohrToAngstrom = 0.529177210903;
 inline constexpr double EngineHartreeToEV = 27.211386245988;
 inline constexpr double EngineEVToKcal = 23.060547830619029;
+// MOPAC 22 keeps its older constants for MNDO/d, whose parameters were fitted
+// with them; the engine does the same for that method alone.
+inline constexpr double EngineOldBohrToAngstrom = 0.529167;
+inline constexpr double EngineOldHartreeToEV = 27.21;
+inline constexpr double EngineOldEVToKcal = 23.061;
 }  // namespace constants
 
 // Length units of coordinate inputs.
