@@ -84,26 +84,27 @@ struct Molecule {
   int n = 0;
 };
 
-// The `count` lowest eigenvectors of the symmetric n x n matrix a (which is
-// overwritten), one after another in c (n values each); the density needs
-// no more than the occupied orbitals, and the back-transformation of the
-// others is half the work of a full diagonalisation.
 constexpr int kSmallMatrix = 8;
 
+// The `count` lowest eigenvectors of the symmetric n x n matrix a (which is
+// overwritten), one after another in c (n values each). The density needs
+// no more than the occupied orbitals: the tridiagonal problem is solved
+// whole by MRRR (cheap, and faster than MRRR's bisection for a part), and
+// only the occupied vectors are transformed back, half the work of a full
+// diagonalisation.
 void LowestEigenvectors(int n, std::vector<double>& a, int count, std::vector<double>& c) {
   count = std::clamp(count, 1, n);
-  c.assign(static_cast<size_t>(n) * count, 0.0);
   const std::vector<double> original = a;
-  std::vector<double> d(n), e(n), tau(n), w(n);
+  std::vector<double> d(n), e(n), tau(n), w(n), z(static_cast<size_t>(n) * n);
   std::vector<int> support(2 * static_cast<size_t>(n));
   double query = 0;
   int iquery = 0, found = 0, tryrac = 1;
   lapack::dsytrd('L', n, a.data(), n, d.data(), e.data(), tau.data(), &query, -1);
   int lwork = static_cast<int>(query);
-  lapack::dormtr('L', 'L', 'N', n, count, a.data(), n, tau.data(), c.data(), n, &query, -1);
+  lapack::dormtr('L', 'L', 'N', n, count, a.data(), n, tau.data(), z.data(), n, &query, -1);
   lwork = std::max(lwork, static_cast<int>(query));
-  lapack::dstemr('V', 'I', n, d.data(), e.data(), 0, 0, 1, count, &found, w.data(), c.data(), n, count,
-                 support.data(), &tryrac, &query, -1, &iquery, -1);
+  lapack::dstemr('V', 'A', n, d.data(), e.data(), 0, 0, 0, 0, &found, w.data(), z.data(), n, n, support.data(),
+                 &tryrac, &query, -1, &iquery, -1);
   lwork = std::max({lwork, static_cast<int>(query), 1});
   std::vector<double> work(static_cast<size_t>(lwork));
   std::vector<int> iwork(static_cast<size_t>(std::max(iquery, 1)));
@@ -111,23 +112,24 @@ void LowestEigenvectors(int n, std::vector<double>& a, int count, std::vector<do
   // wrong in some LAPACK versions; a few orbitals cost nothing anyway.
   int info = n <= kSmallMatrix ? 1 : lapack::dsytrd('L', n, a.data(), n, d.data(), e.data(), tau.data(), work.data(), lwork);
   if (info == 0)
-    info = lapack::dstemr('V', 'I', n, d.data(), e.data(), 0, 0, 1, count, &found, w.data(), c.data(), n, count,
+    info = lapack::dstemr('V', 'A', n, d.data(), e.data(), 0, 0, 0, 0, &found, w.data(), z.data(), n, n,
                           support.data(), &tryrac, work.data(), lwork, iwork.data(), static_cast<int>(iwork.size()));
-  if (info == 0 && found == count)
-    info = lapack::dormtr('L', 'L', 'N', n, count, a.data(), n, tau.data(), c.data(), n, work.data(), lwork);
+  if (info == 0 && found == n)
+    info = lapack::dormtr('L', 'L', 'N', n, count, a.data(), n, tau.data(), z.data(), n, work.data(), lwork);
   else
     info = 1;
-  if (info == 0) return;
-  // A small matrix, or MRRR gave up (it may on tight clusters): all
-  // eigenvectors by divide and conquer.
-  a = original;
-  int iworkQuery = 0;
-  lapack::dsyevd('V', 'L', n, a.data(), n, w.data(), &query, -1, &iworkQuery, -1);
-  work.assign(static_cast<size_t>(std::max(1, static_cast<int>(query))), 0.0);
-  iwork.assign(static_cast<size_t>(std::max(1, iworkQuery)), 0);
-  lapack::dsyevd('V', 'L', n, a.data(), n, w.data(), work.data(), static_cast<int>(work.size()), iwork.data(),
-                 static_cast<int>(iwork.size()));
-  std::copy_n(a.begin(), c.size(), c.begin());
+  if (info != 0) {
+    // A small matrix, or MRRR gave up (it may on tight clusters): all
+    // eigenvectors by divide and conquer.
+    z = original;
+    int iworkQuery = 0;
+    lapack::dsyevd('V', 'L', n, z.data(), n, w.data(), &query, -1, &iworkQuery, -1);
+    work.assign(static_cast<size_t>(std::max(1, static_cast<int>(query))), 0.0);
+    iwork.assign(static_cast<size_t>(std::max(1, iworkQuery)), 0);
+    lapack::dsyevd('V', 'L', n, z.data(), n, w.data(), work.data(), static_cast<int>(work.size()), iwork.data(),
+                   static_cast<int>(iwork.size()));
+  }
+  c.assign(z.begin(), z.begin() + static_cast<std::ptrdiff_t>(n) * count);
 }
 
 // p = occ * sum of the `count` vectors v v^T starting at v (n values each),
