@@ -75,9 +75,10 @@ Geometry Alkane(int n) {
   return g;
 }
 
-// A plain coordinate list, as /X reads it.
+// An XYZ file: the count, a title, then the coordinates (/X skips two lines).
 void WriteXyz(const fs::path& path, const Geometry& g) {
   std::ofstream out(path);
+  out << g.z.size() << "\nbench\n";
   for (size_t i = 0; i < g.z.size(); ++i)
     out << quintor::Trim(quintor::ElementSymbol(g.z[i])) << ' ' << g.x[i][0] << ' ' << g.x[i][1] << ' ' << g.x[i][2] << '\n';
 }
