@@ -190,6 +190,32 @@ TEST(engineRunRules, GradientModeConvergesToTheSameHeat) {
   }
 }
 
+// DIIS takes only Fock matrices whose density came from orbitals: the atoms'
+// diagonal start commutes with F in benzene, and its error of zero drew the
+// extrapolation back to the first Fock matrix (16 cycles; MOPAC takes 12).
+TEST(engineRunRules, DiisNeedsNoMoreCyclesThanMopac) {
+  const Geometry g = ReadXyz("benzene");
+  const EngineResult r = EngineRun(EngineMethod::PM3, g.z, g.x, 0, 1, false, nullptr, BuiltinOnly());
+  EXPECT_EQ(r.status, EngineStatus::Converged);
+  EXPECT_LE(r.iterations, 11);
+}
+
+// The optimiser's first steps are scaled to the molecule (57 energies on
+// ethanol with a unit inverse Hessian) and its optimum is MOPAC's.
+TEST(engineGeoOpt, EthanolInFewEnergiesAtMopacsOptimum) {
+  double mopac = 0;
+  for (const MopacReference& r : MopacReferences("mopac_opt.txt"))
+    if (r.name == "ethanol" && r.method == "PM3") mopac = r.heat;
+  ASSERT_NE(mopac, 0);
+  const Geometry g = ReadXyz("ethanol");
+  GeoOptSettings s;
+  s.engine = BuiltinOnly();
+  const GeoOptResult res = GeoOpt(EngineMethod::PM3, g.z, g.x, 0, 1, s, nullptr, nullptr);
+  EXPECT_TRUE(res.optimised);
+  EXPECT_LE(res.functionCalls, 30);
+  EXPECT_NEAR(res.heatKcal, mopac, 0.05);
+}
+
 TEST(engineRunRules, ReportOpensWithTheIntegralSchemeAndCharge) {
   std::ostringstream report;
   EngineOptions o = BuiltinOnly();

@@ -84,15 +84,61 @@ struct Molecule {
   int n = 0;
 };
 
-void Diagonalise(int n, std::vector<double>& a, std::vector<double>& w) {
-  w.assign(n, 0.0);
-  int iworkQuery = 0;
-  double workQuery = 0;
-  lapack::dsyevd('V', 'L', n, a.data(), n, w.data(), &workQuery, -1, &iworkQuery, -1);
-  const int lwork = std::max(1, static_cast<int>(workQuery)), liwork = std::max(1, iworkQuery);
+constexpr int kSmallMatrix = 8;
+
+// The `count` lowest eigenvectors of the symmetric n x n matrix a (which is
+// overwritten), one after another in c (n values each). The density needs
+// no more than the occupied orbitals: the tridiagonal problem is solved
+// whole by MRRR (cheap, and faster than MRRR's bisection for a part), and
+// only the occupied vectors are transformed back, half the work of a full
+// diagonalisation.
+void LowestEigenvectors(int n, std::vector<double>& a, int count, std::vector<double>& c) {
+  count = std::clamp(count, 1, n);
+  const std::vector<double> original = a;
+  std::vector<double> d(n), e(n), tau(n), w(n), z(static_cast<size_t>(n) * n);
+  std::vector<int> support(2 * static_cast<size_t>(n));
+  double query = 0;
+  int iquery = 0, found = 0, tryrac = 1;
+  lapack::dsytrd('L', n, a.data(), n, d.data(), e.data(), tau.data(), &query, -1);
+  int lwork = static_cast<int>(query);
+  lapack::dormtr('L', 'L', 'N', n, count, a.data(), n, tau.data(), z.data(), n, &query, -1);
+  lwork = std::max(lwork, static_cast<int>(query));
+  lapack::dstemr('V', 'A', n, d.data(), e.data(), 0, 0, 0, 0, &found, w.data(), z.data(), n, n, support.data(),
+                 &tryrac, &query, -1, &iquery, -1);
+  lwork = std::max({lwork, static_cast<int>(query), 1});
   std::vector<double> work(static_cast<size_t>(lwork));
-  std::vector<int> iwork(static_cast<size_t>(liwork));
-  lapack::dsyevd('V', 'L', n, a.data(), n, w.data(), work.data(), lwork, iwork.data(), liwork);
+  std::vector<int> iwork(static_cast<size_t>(std::max(iquery, 1)));
+  // Two orbitals take LAPACK's special case of MRRR, whose eigenvector is
+  // wrong in some LAPACK versions; a few orbitals cost nothing anyway.
+  int info = n <= kSmallMatrix ? 1 : lapack::dsytrd('L', n, a.data(), n, d.data(), e.data(), tau.data(), work.data(), lwork);
+  if (info == 0)
+    info = lapack::dstemr('V', 'A', n, d.data(), e.data(), 0, 0, 0, 0, &found, w.data(), z.data(), n, n,
+                          support.data(), &tryrac, work.data(), lwork, iwork.data(), static_cast<int>(iwork.size()));
+  if (info == 0 && found == n)
+    info = lapack::dormtr('L', 'L', 'N', n, count, a.data(), n, tau.data(), z.data(), n, work.data(), lwork);
+  else
+    info = 1;
+  if (info != 0) {
+    // A small matrix, or MRRR gave up (it may on tight clusters): all
+    // eigenvectors by divide and conquer.
+    z = original;
+    int iworkQuery = 0;
+    lapack::dsyevd('V', 'L', n, z.data(), n, w.data(), &query, -1, &iworkQuery, -1);
+    work.assign(static_cast<size_t>(std::max(1, static_cast<int>(query))), 0.0);
+    iwork.assign(static_cast<size_t>(std::max(1, iworkQuery)), 0);
+    lapack::dsyevd('V', 'L', n, z.data(), n, w.data(), work.data(), static_cast<int>(work.size()), iwork.data(),
+                   static_cast<int>(iwork.size()));
+  }
+  c.assign(z.begin(), z.begin() + static_cast<std::ptrdiff_t>(n) * count);
+}
+
+// p = occ * sum of the `count` vectors v v^T starting at v (n values each),
+// added to p times beta; both triangles are filled.
+void AddOuterProducts(int n, const double* v, int count, double occ, double beta, std::vector<double>& p) {
+  if (count <= 0) return;
+  lapack::dsyrk('L', 'N', n, count, occ, v, n, beta, p.data(), n);
+  for (int i = 0; i < n; ++i)
+    for (int j = i + 1; j < n; ++j) p[static_cast<size_t>(j) * n + i] = p[static_cast<size_t>(i) * n + j];
 }
 
 // Solves the small DIIS system in place by Gaussian elimination; false when singular.
@@ -221,10 +267,11 @@ void AddTwoElectron(const Setup& s, const std::vector<double>& p, std::vector<do
 
 // The occupied orbitals' density sum occ * C_occ C_occ^T of the Fock matrix f.
 void OccupiedDensity(int n, std::vector<double> f, int occupied, double occ, std::vector<double>& p) {
-  std::vector<double> w;
-  Diagonalise(n, f, w);
   std::fill(p.begin(), p.end(), 0.0);
-  if (occupied > 0) lapack::dgemm('N', 'T', n, n, occupied, occ, f.data(), n, f.data(), n, 0.0, p.data(), n);
+  if (occupied <= 0) return;
+  std::vector<double> c;
+  LowestEigenvectors(n, f, occupied, c);
+  AddOuterProducts(n, c.data(), occupied, occ, 0.0, p);
 }
 
 struct UhfOutcome {
@@ -596,8 +643,13 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
     }
   if (options.startDensity && options.startDensity->size() == p.size()) p = *options.startDensity;
 
-  std::vector<double> f(p.size()), pOld, eval, c;
+  std::vector<double> f(p.size()), pOld, c;
   std::vector<std::vector<double>> diisF, diisE, diisDots;
+  // Whether p is the density of a set of orbitals (not the atoms' start, nor
+  // a damped mixture): only then is FP - PF the error DIIS wants. The start's
+  // diagonal density commutes with F in a hydrocarbon, and an error of zero
+  // would make DIIS return to the first Fock matrix.
+  bool pFromOrbitals = options.startDensity && options.startDensity->size() == p.size();
   const int kDiis = 8;
   // DIIS only once the commutator is small: from a rough start it can settle
   // on a self-consistent but excited occupation (benzene in AM1 does).
@@ -662,20 +714,22 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
         err[i * n + j] = v;
         errMax = std::max(errMax, std::abs(v));
       }
-    diisF.push_back(f);
-    diisE.push_back(std::move(err));
-    if (static_cast<int>(diisF.size()) > kDiis) {
-      diisF.erase(diisF.begin());
-      diisE.erase(diisE.begin());
-      diisDots.erase(diisDots.begin());
-      for (auto& row : diisDots) row.erase(row.begin());
-    }
-    // The new error vector's products with those kept (and itself).
-    diisDots.emplace_back();
-    for (const auto& e : diisE) {
-      double v = 0;
-      for (size_t k = 0; k < p.size(); ++k) v += diisE.back()[k] * e[k];
-      diisDots.back().push_back(v);
+    if (pFromOrbitals) {
+      diisF.push_back(f);
+      diisE.push_back(std::move(err));
+      if (static_cast<int>(diisF.size()) > kDiis) {
+        diisF.erase(diisF.begin());
+        diisE.erase(diisE.begin());
+        diisDots.erase(diisDots.begin());
+        for (auto& row : diisDots) row.erase(row.begin());
+      }
+      // The new error vector's products with those kept (and itself).
+      diisDots.emplace_back();
+      for (const auto& e : diisE) {
+        double v = 0;
+        for (size_t k = 0; k < p.size(); ++k) v += diisE.back()[k] * e[k];
+        diisDots.back().push_back(v);
+      }
     }
     std::vector<double> fx = f;
     bool usedDiis = false;
@@ -700,20 +754,20 @@ EngineResult EngineRunWith(const ParameterSet& set, const std::vector<int>& atom
         diisDots.clear();
       }
     }
-    c = fx;
-    Diagonalise(n, c, eval);
+    // The occupied orbitals alone: the doubly occupied, then the open ones.
+    const int occupied = doubly + static_cast<int>(singles.size());
+    LowestEigenvectors(n, fx, occupied, c);
     pOld = p;
-    // P = 2 C_occ C_occ^T + C_open C_open^T; the open orbitals follow the
-    // doubly occupied ones.
+    // P = 2 C_occ C_occ^T + C_open C_open^T.
     std::fill(p.begin(), p.end(), 0.0);
-    if (doubly > 0) lapack::dgemm('N', 'T', n, n, doubly, 2.0, c.data(), n, c.data(), n, 0.0, p.data(), n);
-    if (!singles.empty()) {
-      const double* open = &c[static_cast<size_t>(singles.front()) * n];
-      lapack::dgemm('N', 'T', n, n, static_cast<int>(singles.size()), 1.0, open, n, open, n, 1.0, p.data(), n);
-    }
+    AddOuterProducts(n, c.data(), doubly, 2.0, 0.0, p);
+    if (!singles.empty())
+      AddOuterProducts(n, &c[static_cast<size_t>(singles.front()) * n], static_cast<int>(singles.size()), 1.0, 1.0, p);
+    pFromOrbitals = true;
     if (niter <= 2 || (!usedDiis && deltaE > 0)) {
       // damping while DIIS has not taken over
       for (size_t i = 0; i < p.size(); ++i) p[i] = 0.5 * (p[i] + pOld[i]);
+      pFromOrbitals = false;
     }
   }
   res.iterations = niter;

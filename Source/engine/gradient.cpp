@@ -11,38 +11,63 @@ double Resonance(const ElementParameters& p, int orbital) {
   return orbital == 0 ? p.betas : orbital < 4 ? p.betap : p.betad;
 }
 
+// A density block P(fr + i, fc + j) (i < nr, j < nc) rotated to the pair's
+// frame: L = C^T P C, C the pair's local-to-molecular coefficients.
+void LocalBlock(const double (&cm)[9][9], const std::vector<double>& p, int n, int fr, int nr, int fc, int nc,
+                double (&out)[9][9]) {
+  double half[9][9];  // C^T P
+  for (int k = 0; k < nr; ++k)
+    for (int j = 0; j < nc; ++j) {
+      double v = 0;
+      for (int i = 0; i < nr; ++i) v += cm[i][k] * p[static_cast<size_t>(fr + i) * n + fc + j];
+      half[k][j] = v;
+    }
+  for (int k = 0; k < nr; ++k)
+    for (int l = 0; l < nc; ++l) {
+      double v = 0;
+      for (int j = 0; j < nc; ++j) v += half[k][j] * cm[j][l];
+      out[k][l] = v;
+    }
+}
+
 // The energy (eV) of the terms of one pair of atoms at the density p (n x n),
-// A's orbitals from fa, B's from fb; with `alpha`, the exchange of alpha and
-// beta (p - alpha) electrons apart, else of two equal halves of p.
+// A's orbitals from fa, B's from fb, contracted in the pair's own frame;
+// with `alpha`, the exchange of alpha and beta (p - alpha) electrons apart,
+// else of two equal halves of p.
 double PairEnergy(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
                   const std::array<double, 3>& xb, const std::vector<double>& p, const std::vector<double>* alpha,
                   int n, int fa, int fb) {
-  const PairIntegrals pi = ComputePair(set, za, zb, xa, xb);
+  const LocalPairIntegrals pi = ComputeLocalPair(set, za, zb, xa, xb);
   const ElementParameters& pa = set.el[za];
   const ElementParameters& pb = set.el[zb];
   const int ia = pi.na, ib = pi.nb;
-  auto P = [&](int i, int j) { return p[static_cast<size_t>(i) * n + j]; };
+  double aa[9][9], bb[9][9], ab[9][9], alphaAb[9][9];
+  LocalBlock(pi.cm, p, n, fa, ia, fa, ia, aa);
+  LocalBlock(pi.cm, p, n, fb, ib, fb, ib, bb);
+  LocalBlock(pi.cm, p, n, fa, ia, fb, ib, ab);
+  if (alpha) LocalBlock(pi.cm, *alpha, n, fa, ia, fb, ib, alphaAb);
   // The exchange of electrons of like spin between orbitals i, j on A and c, d on B.
   auto exchange = [&](int i, int j, int c, int d) {
-    if (!alpha) return 0.5 * P(i, c) * P(j, d);
-    const size_t ic = static_cast<size_t>(i) * n + c, jd = static_cast<size_t>(j) * n + d;
-    const double ai = (*alpha)[ic], aj = (*alpha)[jd];
-    return ai * aj + (p[ic] - ai) * (p[jd] - aj);
+    if (!alpha) return 0.5 * ab[i][c] * ab[j][d];
+    const double ai = alphaAb[i][c], aj = alphaAb[j][d];
+    return ai * aj + (ab[i][c] - ai) * (ab[j][d] - aj);
   };
   double e = pi.coreCore;
   for (int i = 0; i < ia; ++i)
-    for (int c = 0; c < ib; ++c)
-      e += P(fa + i, fb + c) * (Resonance(pa, i) + Resonance(pb, c)) * pi.overlap[i * ib + c];
+    for (int c = 0; c < ib; ++c) e += ab[i][c] * (Resonance(pa, i) + Resonance(pb, c)) * pi.overlap[i * ib + c];
   for (int i = 0; i < ia; ++i)
-    for (int j = 0; j < ia; ++j) e += P(fa + i, fa + j) * pi.e1b[i * ia + j];
+    for (int j = 0; j < ia; ++j) e += aa[i][j] * pi.e1b[i * ia + j];
   for (int c = 0; c < ib; ++c)
-    for (int d = 0; d < ib; ++d) e += P(fb + c, fb + d) * pi.e2a[c * ib + d];
+    for (int d = 0; d < ib; ++d) e += bb[c][d] * pi.e2a[c * ib + d];
+  const double* w = pi.w.data();
   for (int i = 0; i < ia; ++i)
     for (int j = 0; j < ia; ++j) {
-      const double pij = P(fa + i, fa + j);
+      const double pij = aa[i][j];
       for (int c = 0; c < ib; ++c)
-        for (int d = 0; d < ib; ++d)
-          e += pi.w[((i * ia + j) * ib + c) * ib + d] * (pij * P(fb + c, fb + d) - exchange(fa + i, fa + j, fb + c, fb + d));
+        for (int d = 0; d < ib; ++d) {
+          const double wv = *w++;
+          if (wv != 0) e += wv * (pij * bb[c][d] - exchange(i, j, c, d));
+        }
     }
   return e;
 }

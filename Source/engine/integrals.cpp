@@ -416,12 +416,12 @@ const BoronPair* Am1BoronPair(int za, int zb) {
   }
 }
 
-PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
-                          const std::array<double, 3>& xb) {
+LocalPairIntegrals ComputeLocalPair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
+                                    const std::array<double, 3>& xb) {
   const ElementParameters& pa = set.el[za];
   const ElementParameters& pb = set.el[zb];
   const bool dMethod = MethodHasDOrbitals(set.method);
-  PairIntegrals out;
+  LocalPairIntegrals out;
   out.na = OrbitalCount(pa, dMethod);
   out.nb = OrbitalCount(pb, dMethod);
   const int na = out.na, nb = out.nb;
@@ -434,7 +434,7 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   const auto frame = LocalFrame(d);
 
   // Local-to-molecular coefficients: molecular orbital a = sum_b C[a][b] local b.
-  double cm[9][9] = {};
+  auto& cm = out.cm;
   cm[0][0] = 1;
   for (int a = 1; a < 4; ++a)
     for (int b = 1; b < 4; ++b) cm[a][b] = frame[b - 1][a - 1];
@@ -455,15 +455,13 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
       }
     }
   }
-  auto coef = [&cm](int a, int b) { return cm[a][b]; };
 
   // Multipole interactions of the sp products in the local frame (Dewar-Thiel).
   const bool spA = na > 1, spB = nb > 1;
   std::array<ChargeSet, kMultipoles> ma, mb;
-  for (int k = 0; k < kMultipoles; ++k) {
-    ma[k] = MakeMultipole(k, pa, spA);
-    mb[k] = MakeMultipole(k, pb, spB);
-  }
+  // An atom with an s orbital alone has the monopole alone.
+  for (int k = 0; k < (spA ? kMultipoles : 1); ++k) ma[k] = MakeMultipole(k, pa, spA);
+  for (int k = 0; k < (spB ? kMultipoles : 1); ++k) mb[k] = MakeMultipole(k, pb, spB);
   // Interactions of multipole pairs, each computed when first needed.
   double interMemo[kMultipoles][kMultipoles];
   for (auto& row : interMemo) std::fill(std::begin(row), std::end(row), std::nan(""));
@@ -487,7 +485,8 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
 
   // Local integrals: sp products alone by Dewar-Thiel, any integral with a d
   // orbital in it by the multipoles of the d method.
-  std::vector<double> loc(static_cast<size_t>(na) * na * nb * nb);
+  std::vector<double>& loc = out.w;
+  loc.assign(static_cast<size_t>(na) * na * nb * nb, 0.0);
   int ea[2], eb[2];
   for (int a = 0; a < na; ++a)
     for (int b = 0; b < na; ++b) {
@@ -531,50 +530,12 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
     }
     return v * units.ev;
   };
-  std::vector<double> e1bLoc(na * na), e2aLoc(nb * nb);
   for (int a = 0; a < na; ++a)
-    for (int b = 0; b < na; ++b) e1bLoc[a * na + b] = -pb.core * attraction(pa, dA, ma, coreB, 1, a, b);
+    for (int b = 0; b < na; ++b) out.e1b[a * na + b] = -pb.core * attraction(pa, dA, ma, coreB, 1, a, b);
   for (int c = 0; c < nb; ++c)
-    for (int e = 0; e < nb; ++e) e2aLoc[c * nb + e] = -pa.core * attraction(pb, dB, mb, coreA, -1, c, e);
+    for (int e = 0; e < nb; ++e) out.e2a[c * nb + e] = -pa.core * attraction(pb, dB, mb, coreA, -1, c, e);
 
-  // Transform each index to the molecular frame.
-  auto transform2 = [&](const std::vector<double>& in, int n, double* outp) {
-    for (int a = 0; a < n; ++a)
-      for (int b = 0; b < n; ++b) {
-        double v = 0;
-        for (int i = 0; i < n; ++i)
-          for (int j = 0; j < n; ++j) v += coef(a, i) * coef(b, j) * in[i * n + j];
-        outp[a * n + b] = v;
-      }
-  };
-  transform2(e1bLoc, na, out.e1b.data());
-  transform2(e2aLoc, nb, out.e2a.data());
-
-  {
-    std::vector<double> t1(loc.size()), t2(loc.size());
-    // index order a b c d with sizes na na nb nb; transform one index at a time.
-    const int dims[4] = {na, na, nb, nb};
-    std::vector<double>* src = &loc;
-    std::vector<double>* dst = &t1;
-    for (int idx = 0; idx < 4; ++idx) {
-      const int n = dims[idx];
-      int stride = 1;
-      for (int k = idx + 1; k < 4; ++k) stride *= dims[k];
-      const int outer = static_cast<int>(src->size()) / (n * stride);
-      for (int o = 0; o < outer; ++o)
-        for (int s = 0; s < stride; ++s)
-          for (int a = 0; a < n; ++a) {
-            double v = 0;
-            for (int i = 0; i < n; ++i) v += coef(a, i) * (*src)[(o * n + i) * stride + s];
-            (*dst)[(o * n + a) * stride + s] = v;
-          }
-      src = dst;
-      dst = (dst == &t1) ? &t2 : &t1;
-    }
-    out.w = *src;
-  }
-
-  // Overlaps in the local frame, block by block in m, then rotated.
+  // Overlaps in the local frame, block by block in m.
   const int nsA = ValenceN(za), nsB = ValenceN(zb), ndA = ValenceNd(za), ndB = ValenceNd(zb);
   struct Shell {
     int n, l;
@@ -585,19 +546,11 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   };
   // m of each local orbital (the sin partners carry -m, which overlap alike).
   static constexpr int kM[9] = {0, 1, -1, 0, 0, 1, -1, 2, -2};
-  double sLoc[9][9] = {};
   for (int i = 0; i < na; ++i)
     for (int j = 0; j < nb; ++j) {
       if (kM[i] != kM[j]) continue;
       const Shell a = shellOf(pa, nsA, ndA, i), b = shellOf(pb, nsB, ndB, j);
-      sLoc[i][j] = SlaterOverlap(a.n, a.l, a.zeta, b.n, b.l, b.zeta, std::abs(kM[i]), r);
-    }
-  for (int a = 0; a < na; ++a)
-    for (int c = 0; c < nb; ++c) {
-      double v = 0;
-      for (int i = 0; i < na; ++i)
-        for (int j = 0; j < nb; ++j) v += coef(a, i) * coef(c, j) * sLoc[i][j];
-      out.overlap[a * nb + c] = v;
+      out.overlap[i * nb + j] = SlaterOverlap(a.n, a.l, a.zeta, b.n, b.l, b.zeta, std::abs(kM[i]), r);
     }
 
   // Core-core repulsion.
@@ -650,12 +603,79 @@ PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::ar
   return out;
 }
 
+PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
+                          const std::array<double, 3>& xb) {
+  LocalPairIntegrals l = ComputeLocalPair(set, za, zb, xa, xb);
+  PairIntegrals out;
+  out.na = l.na;
+  out.nb = l.nb;
+  out.coreCore = l.coreCore;
+  const int na = l.na, nb = l.nb;
+  auto coef = [&l](int a, int b) { return l.cm[a][b]; };
+  // Transform each index to the molecular frame.
+  auto transform2 = [&](const double* in, int n, double* outp) {
+    for (int a = 0; a < n; ++a)
+      for (int b = 0; b < n; ++b) {
+        double v = 0;
+        for (int i = 0; i < n; ++i)
+          for (int j = 0; j < n; ++j) v += coef(a, i) * coef(b, j) * in[i * n + j];
+        outp[a * n + b] = v;
+      }
+  };
+  transform2(l.e1b.data(), na, out.e1b.data());
+  transform2(l.e2a.data(), nb, out.e2a.data());
+
+  {
+    std::vector<double> t1(l.w.size()), t2(l.w.size());
+    // index order a b c d with sizes na na nb nb; transform one index at a time.
+    const int dims[4] = {na, na, nb, nb};
+    std::vector<double>* src = &l.w;
+    std::vector<double>* dst = &t1;
+    for (int idx = 0; idx < 4; ++idx) {
+      const int n = dims[idx];
+      int stride = 1;
+      for (int k = idx + 1; k < 4; ++k) stride *= dims[k];
+      const int outer = static_cast<int>(src->size()) / (n * stride);
+      for (int o = 0; o < outer; ++o)
+        for (int s = 0; s < stride; ++s)
+          for (int a = 0; a < n; ++a) {
+            double v = 0;
+            for (int i = 0; i < n; ++i) v += coef(a, i) * (*src)[(o * n + i) * stride + s];
+            (*dst)[(o * n + a) * stride + s] = v;
+          }
+      src = dst;
+      dst = (dst == &t1) ? &t2 : &t1;
+    }
+    out.w = std::move(*src);
+  }
+
+  for (int a = 0; a < na; ++a)
+    for (int c = 0; c < nb; ++c) {
+      double v = 0;
+      for (int i = 0; i < na; ++i)
+        for (int j = 0; j < nb; ++j) v += coef(a, i) * coef(c, j) * l.overlap[i * nb + j];
+      out.overlap[a * nb + c] = v;
+    }
+  return out;
+}
+
 const PairTerm* FindPairTerm(EngineMethod method, int za, int zb) {
   if (za < zb) std::swap(za, zb);
   if (method == EngineMethod::PM3D) method = EngineMethod::PM3;  // PM3d takes PM3's parameters
-  for (const PairTerm& t : PairTerms())
-    if (t.method == method && t.za == za && t.zb == zb) return &t;
-  return nullptr;
+  // Every pair of atoms asks, so the list is indexed once by method and pair.
+  constexpr int kZ = kMaxElement + 1;
+  static const std::vector<const PairTerm*> index = [] {
+    std::vector<const PairTerm*> t(static_cast<size_t>(6) * kZ * kZ, nullptr);
+    for (const PairTerm& p : PairTerms())
+      if (p.za >= 0 && p.za < kZ && p.zb >= 0 && p.zb < kZ) {
+        const PairTerm*& slot = t[(static_cast<size_t>(p.method) * kZ + p.za) * kZ + p.zb];
+        if (!slot) slot = &p;
+      }
+    return t;
+  }();
+  const int m = static_cast<int>(method);
+  if (m < 0 || m >= 6 || za < 0 || za >= kZ || zb < 0 || zb >= kZ) return nullptr;
+  return index[(static_cast<size_t>(m) * kZ + za) * kZ + zb];
 }
 
 }  // namespace quintor::engine

@@ -32,7 +32,24 @@ struct BoronPair {
 };
 const BoronPair* Am1BoronPair(int za, int zb);
 
+// The same integrals in the pair's own frame (z from A to B) before the
+// rotation to the molecule's axes, and the rotation: a molecular orbital a
+// is sum over b of cm[a][b] times local orbital b. A quantity contracted
+// with a density is the same in either frame once the density is rotated,
+// and rotating a density block is far cheaper than the four-index integrals.
+struct LocalPairIntegrals {
+  int na = 1, nb = 1;
+  std::vector<double> w;             // as PairIntegrals::w, local frame
+  std::array<double, 81> e1b{};      // local frame
+  std::array<double, 81> e2a{};      // local frame
+  std::array<double, 81> overlap{};  // local frame, S[a*nb + c]
+  double coreCore = 0;               // eV
+  double cm[9][9] = {};
+};
+
 // xa, xb in angstroms.
+LocalPairIntegrals ComputeLocalPair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
+                                    const std::array<double, 3>& xb);
 PairIntegrals ComputePair(const ParameterSet& set, int za, int zb, const std::array<double, 3>& xa,
                           const std::array<double, 3>& xb);
 

@@ -76,13 +76,13 @@ DfpResult DfpMinimise(std::vector<double>& x, const DfpFunction& f, const DfpGra
   DfpResult r;
   const size_t n = x.size();
   std::vector<double> g(n), gNew(n), p(n), xNew(n), dx(n), dg(n), hdg(n);
-  // Inverse Hessian, started as a unit matrix scaled so that the first step is modest.
+  // Inverse Hessian, started as a diagonal matrix scaled so that the first step is modest.
   std::vector<double> h(n * n, 0.0);
   double fx = f(x);
   ++r.functionCalls;
   gradient(x, g);
   ++r.gradientCalls;
-  for (size_t i = 0; i < n; ++i) h[i * n + i] = 1.0;
+  for (size_t i = 0; i < n; ++i) h[i * n + i] = s.initialInverseHessian;
   for (int it = 1; it <= s.maxIterations; ++it) {
     r.iterations = it;
     if (MaxAbs(g) < s.gradientTolerance) {

@@ -14,6 +14,7 @@ struct DfpSettings {
   double stepTolerance = 1e-4;     // ... or when no variable moves by more than this
   int maxIterations = 200;
   double maxStep = 0.2;            // longest first step of a line search (in the variables' units)
+  double initialInverseHessian = 1;  // the diagonal of the start's inverse Hessian (variable^2 per function unit)
 };
 
 struct DfpResult {

@@ -15,6 +15,15 @@ using Dsygv = void(const int*, const char*, const char*, const int*, double*, co
                    double*, double*, const int*, int*, Len, Len);
 using Dsyevd = void(const char*, const char*, const int*, double*, const int*, double*, double*, const int*, int*,
                     const int*, int*, Len, Len);
+using Dsytrd = void(const char*, const int*, double*, const int*, double*, double*, double*, double*, const int*,
+                    int*, Len);
+using Dstemr = void(const char*, const char*, const int*, double*, double*, const double*, const double*, const int*,
+                    const int*, int*, double*, double*, const int*, const int*, int*, int*, double*, const int*, int*,
+                    const int*, int*, Len, Len);
+using Dormtr = void(const char*, const char*, const char*, const int*, const int*, const double*, const int*,
+                    const double*, double*, const int*, double*, const int*, int*, Len, Len, Len);
+using Dsyrk = void(const char*, const char*, const int*, const int*, const double*, const double*, const int*,
+                   const double*, double*, const int*, Len, Len);
 using Dsbev = void(const char*, const char*, const int*, const int*, double*, const int*, double*, double*,
                    const int*, double*, int*, Len, Len);
 using Dgesv = void(const int*, const int*, double*, const int*, int*, double*, const int*, int*);
@@ -28,6 +37,10 @@ struct Library {
   void* handle = nullptr;
   Dsygv* dsygv = nullptr;
   Dsyevd* dsyevd = nullptr;
+  Dsyrk* dsyrk = nullptr;
+  Dsytrd* dsytrd = nullptr;
+  Dstemr* dstemr = nullptr;
+  Dormtr* dormtr = nullptr;
   Dsbev* dsbev = nullptr;
   Dgesv* dgesv = nullptr;
   Dgbsv* dgbsv = nullptr;
@@ -50,6 +63,10 @@ const Library& Load() {
     if (!lib.handle) return;
     lib.dsygv = Symbol<Dsygv>(lib.handle, "dsygv_");
     lib.dsyevd = Symbol<Dsyevd>(lib.handle, "dsyevd_");
+    lib.dsyrk = Symbol<Dsyrk>(lib.handle, "dsyrk_");
+    lib.dsytrd = Symbol<Dsytrd>(lib.handle, "dsytrd_");
+    lib.dstemr = Symbol<Dstemr>(lib.handle, "dstemr_");
+    lib.dormtr = Symbol<Dormtr>(lib.handle, "dormtr_");
     lib.dsbev = Symbol<Dsbev>(lib.handle, "dsbev_");
     lib.dgesv = Symbol<Dgesv>(lib.handle, "dgesv_");
     lib.dgbsv = Symbol<Dgbsv>(lib.handle, "dgbsv_");
@@ -80,6 +97,34 @@ int dsyevd(char jobz, char uplo, int n, double* a, int lda, double* w, double* w
   int info = 0;
   Routine(&Library::dsyevd, "DSYEVD")(&jobz, &uplo, &n, a, &lda, w, work, &lwork, iwork, &liwork, &info, 1, 1);
   return info;
+}
+
+int dsytrd(char uplo, int n, double* a, int lda, double* d, double* e, double* tau, double* work, int lwork) {
+  int info = 0;
+  Routine(&Library::dsytrd, "DSYTRD")(&uplo, &n, a, &lda, d, e, tau, work, &lwork, &info, 1);
+  return info;
+}
+
+int dstemr(char jobz, char range, int n, double* d, double* e, double vl, double vu, int il, int iu, int* m,
+           double* w, double* z, int ldz, int nzc, int* isuppz, int* tryrac, double* work, int lwork, int* iwork,
+           int liwork) {
+  int info = 0;
+  Routine(&Library::dstemr, "DSTEMR")(&jobz, &range, &n, d, e, &vl, &vu, &il, &iu, m, w, z, &ldz, &nzc, isuppz, tryrac,
+                                      work, &lwork, iwork, &liwork, &info, 1, 1);
+  return info;
+}
+
+int dormtr(char side, char uplo, char trans, int m, int n, const double* a, int lda, const double* tau, double* c,
+           int ldc, double* work, int lwork) {
+  int info = 0;
+  Routine(&Library::dormtr, "DORMTR")(&side, &uplo, &trans, &m, &n, a, &lda, tau, c, &ldc, work, &lwork, &info, 1, 1,
+                                      1);
+  return info;
+}
+
+void dsyrk(char uplo, char trans, int n, int k, double alpha, const double* a, int lda, double beta, double* c,
+           int ldc) {
+  Routine(&Library::dsyrk, "DSYRK")(&uplo, &trans, &n, &k, &alpha, a, &lda, &beta, c, &ldc, 1, 1);
 }
 
 int dsbev(char jobz, char uplo, int n, int kd, double* ab, int ldab, double* w, double* z, int ldz, double* work) {
