@@ -14,6 +14,10 @@ struct DfpSettings {
   double stepTolerance = 1e-4;     // ... or when no variable moves by more than this
   int maxIterations = 200;
   double maxStep = 0.2;            // longest first step of a line search (in the variables' units)
+  // Called after each iteration with its number, the function calls so far,
+  // the value and the gradient norm at the new point; false stops the search
+  // there (a user's cancel), with the point reached kept in x.
+  std::function<bool(int iteration, int functionCalls, double value, double gradientNorm)> onIteration;
 };
 
 struct DfpResult {
@@ -23,6 +27,7 @@ struct DfpResult {
   int functionCalls = 0;
   int gradientCalls = 0;
   bool converged = false;
+  bool stopped = false;  // onIteration asked to stop
   std::string message;  // "roundoff problem in lnsrch", "too many iterations in dfpmin", or empty
 };
 
