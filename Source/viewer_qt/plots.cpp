@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -216,7 +217,7 @@ void PaintCurves(QPainter& painter, const QRect& area, const QString& title, con
   painter.drawText(QRectF(area.left(), box.bottom() - 12, kMargin + 26, 14), Qt::AlignRight,
                    QString::number(yLo, 'g', 5));
   painter.drawText(QRectF(box.left() - 30, box.bottom() + 2, 60, 14), Qt::AlignCenter, QString::number(xLo, 'g', 5));
-  painter.drawText(QRectF(box.right() - 30, box.bottom() + 2, 60, 14), Qt::AlignCenter, QString::number(xHi, 'g', 5));
+  painter.drawText(QRectF(box.right() - 60, box.bottom() + 2, 60, 14), Qt::AlignRight, QString::number(xHi, 'g', 5));
   painter.drawText(QRectF(box.left(), box.bottom() + 2, box.width(), 14), Qt::AlignCenter, xName);
   double legendY = box.top() + 4;
   for (const PlotSeries& s : series) {
@@ -226,6 +227,9 @@ void PaintCurves(QPainter& painter, const QRect& area, const QString& title, con
     painter.setPen(QPen(s.colour, 1.5));
     painter.setBrush(Qt::NoBrush);
     painter.drawPath(path);
+    // The legend on white, over whatever line passes beneath.
+    const QRectF legend(box.left() + 2, legendY, QFontMetricsF(painter.font()).horizontalAdvance(s.name) + 30, 14);
+    painter.fillRect(legend, Qt::white);
     painter.drawLine(QPointF(box.left() + 6, legendY + 6), QPointF(box.left() + 22, legendY + 6));
     painter.drawText(QRectF(box.left() + 26, legendY, box.width() - 30, 14), Qt::AlignLeft | Qt::AlignVCenter, s.name);
     legendY += 14;
