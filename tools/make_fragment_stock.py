@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Builds the shipped fragment database data/Quintor.fdb.
 
-Each fragment is a SMILES string: Open Babel (--gen3d fast) makes a 3D
-guess, xtb (GFN2, --opt) relaxes it, and Open Babel perceives the bonds of
-the relaxed geometry. The output is the same file on every run: "fast" is
-the builder and a force-field clean-up without the random conformer search
-of the default level, and xtb runs on one thread, so that its sums are
-added in one order. A substituent is written as its parent with a capping
+Each fragment is a SMILES string: Open Babel (--gen3d 2) makes a 3D guess,
+xtb (GFN2, --opt) relaxes it, and Open Babel perceives the bonds of the
+relaxed geometry. The output is the same file on every run: level 2 ("fast")
+is the builder and a force-field clean-up without the random conformer
+search of the default level (the level's name, "fast", gives all-zero
+coordinates in Open Babel 3.1.1: the number is used), and xtb runs on one
+thread, so that its sums are added in one order. A substituent is written as its parent with a capping
 hydrogen first ("[H]C" for methyl); the cap is dropped after the
 optimisation, so that the atom it was bonded to - the attachment atom -
 comes first in the record, where the Fragment edit mode puts the point or
@@ -144,7 +145,7 @@ def bonds_of(xyz_path, cwd):
 
 
 def optimised(smiles, cwd):
-    guess = run(["obabel", "-:" + smiles, "-oxyz", "--gen3d", "fast", "-h"], cwd)
+    guess = run(["obabel", "-:" + smiles, "-oxyz", "--gen3d", "2", "-h"], cwd)
     with open(os.path.join(cwd, "guess.xyz"), "w") as f:
         f.write(guess)
     electrons = sum({"H": 1, "C": 6, "N": 7, "O": 8, "F": 9, "Si": 14, "S": 16, "Cl": 17,
