@@ -1,20 +1,22 @@
 #!/usr/bin/env python3
 """Builds the shipped fragment database data/Quintor.fdb.
 
-Each fragment is a SMILES string: Open Babel (--gen3d 2) makes a 3D guess,
+Each fragment is a SMILES string: Open Babel (--gen3d) makes a 3D guess,
 xtb (GFN2, --opt) relaxes it, and Open Babel perceives the bonds of the
-relaxed geometry. The output is the same file on every run: level 2 ("fast")
-is the builder and a force-field clean-up without the random conformer
-search of the default level (the level's name, "fast", gives all-zero
-coordinates in Open Babel 3.1.1: the number is used), and xtb runs on one
-thread, so that its sums are added in one order. A substituent is written as its parent with a capping
+relaxed geometry. A substituent is written as its parent with a capping
 hydrogen first ("[H]C" for methyl); the cap is dropped after the
 optimisation, so that the atom it was bonded to - the attachment atom -
 comes first in the record, where the Fragment edit mode puts the point or
 the bond to the replaced hydrogen.
 
+The output is the same file on every run. Open Babel has no seed option:
+its builder and conformer search draw from rand(), seeded by the clock, so
+obabel runs under faketime with the clock stopped at one moment, which
+fixes the seed; xtb runs on one thread, so that its sums are added in one
+order.
+
 Usage: tools/make_fragment_stock.py [output]   (default data/Quintor.fdb)
-Needs the Debian packages openbabel and xtb.
+Needs the Debian packages openbabel, xtb and faketime.
 """
 import os
 import subprocess
@@ -116,7 +118,11 @@ AMINO_ACIDS = [
 
 
 # One thread: a parallel reduction may add in another order from run to run.
-ENV = dict(os.environ, OMP_NUM_THREADS="1", MKL_NUM_THREADS="1", OPENBLAS_NUM_THREADS="1")
+ENV = dict(os.environ, OMP_NUM_THREADS="1", MKL_NUM_THREADS="1", OPENBLAS_NUM_THREADS="1",
+           FAKETIME_NO_CACHE="1")
+# Open Babel's random numbers are seeded by the clock: a stopped clock
+# ("x0") gives the same seed, and so the same guess, on every run.
+STOPPED_CLOCK = ["faketime", "-f", "2020-01-01 00:00:00 x0"]
 
 
 def run(cmd, cwd):
@@ -145,7 +151,7 @@ def bonds_of(xyz_path, cwd):
 
 
 def optimised(smiles, cwd):
-    guess = run(["obabel", "-:" + smiles, "-oxyz", "--gen3d", "2", "-h"], cwd)
+    guess = run(STOPPED_CLOCK + ["obabel", "-:" + smiles, "-oxyz", "--gen3d", "-h"], cwd)
     with open(os.path.join(cwd, "guess.xyz"), "w") as f:
         f.write(guess)
     electrons = sum({"H": 1, "C": 6, "N": 7, "O": 8, "F": 9, "Si": 14, "S": 16, "Cl": 17,
