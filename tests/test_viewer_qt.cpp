@@ -350,3 +350,22 @@ TEST(ViewerQt, ThermochemistryDockHasFourPlotsWithALinePerModel) {
     window.close();
   }
 }
+
+// The optimisation's progress window: its text and bar follow the cycles,
+// and after Cancel the next cycle is told to stop.
+TEST(ViewerQt, ProgressDialogShowsTheCycleAndTakesCancel) {
+  EnsureQtApplication(true);
+  QWidget parent;
+  DialogPrompts prompts;
+  prompts.parent = &parent;
+  EXPECT_TRUE(prompts.Progress(" Cycle    1", 1, 30));
+  ASSERT_NE(prompts.progress, nullptr);
+  EXPECT_EQ(prompts.progress->labelText(), " Cycle    1");
+  EXPECT_EQ(prompts.progress->maximum(), 30);
+  EXPECT_TRUE(prompts.Progress(" Cycle    2", 2, 30));
+  EXPECT_EQ(prompts.progress->value(), 2);
+  prompts.progress->cancel();
+  EXPECT_FALSE(prompts.Progress(" Cycle    3", 3, 30));
+  prompts.EndProgress();
+  EXPECT_EQ(prompts.progress, nullptr);
+}
