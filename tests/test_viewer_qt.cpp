@@ -25,7 +25,9 @@
 #include "viewer_qt/paint.h"
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
+#include "viewer_qt/results_dock.h"
 #include "viewer_qt/windows.h"
+#include "test_support.h"
 #include "viewer_support.h"
 
 using namespace quintor;
@@ -344,4 +346,78 @@ TEST(ViewerQt, EnergyPlotGoesToTheClickedSet) {
   EXPECT_EQ(s.xyz[0][0], 0.0);  // set 0 is not shifted
   EXPECT_EQ(journal.str(), "set 0\n");
   if (const char* keep = std::getenv("QUINTOR_KEEP_WINDOW")) window.grab().save(keep);
+}
+
+// The thermochemistry dock of a run with frequencies: its text and four
+// plots, a line per model's table (Pitzer-Gwinn and Monte Carlo for ethane's
+// methyl rotation, the harmonic table alone without /ARIR).
+TEST(ViewerQt, ThermochemistryDockHasFourPlotsWithALinePerModel) {
+  struct Case {
+    std::vector<std::string> options;
+    std::vector<QString> names;
+  };
+  for (const Case& c : {Case{{"/ARIR", "/IRMC2000"}, {"Pitzer-Gwinn", "Monte Carlo"}}, Case{{}, {"Harmonic"}}}) {
+    LogRun run(TestInput("rotations/ethane_xtb.out"), c.options);
+    ASSERT_EQ(run.r.status, 0);
+    EnsureQtApplication(true);
+    ViewerState v;
+    StartViewer(run.s, v);
+    LoadCoordinateSet(run.s, v);
+    ASSERT_TRUE(v.hasVibrations);
+    ViewerWindow window(run.s, v);
+    window.show();
+    QApplication::processEvents();
+    QStringList docks;
+    for (auto* d : window.findChildren<QDockWidget*>()) docks << d->windowTitle();
+    EXPECT_TRUE(docks.contains("Thermochemistry")) << docks.join(", ").toStdString();
+    ResultsPane* pane = window.resultsPane();
+    ASSERT_NE(pane, nullptr);
+    QStringList titles;
+    for (CurvePlot* plot : pane->plots()) {
+      ASSERT_NE(plot, nullptr);
+      EXPECT_TRUE(pane->isAncestorOf(plot));
+      titles << plot->title;
+    }
+    EXPECT_EQ(titles, QStringList({"CP, J/K/mol", "S, J/K/mol", "H, kJ/mol", "G, kJ/mol"}));
+    for (CurvePlot* plot : pane->plots()) {
+      ASSERT_EQ(plot->series.size(), c.names.size()) << plot->title.toStdString();
+      for (size_t k = 0; k < c.names.size(); ++k) {
+        EXPECT_EQ(plot->series[k].name, c.names[k]);
+        EXPECT_GE(plot->series[k].x.size(), 50u);
+      }
+    }
+    const QString text = pane->text()->toPlainText();
+    EXPECT_TRUE(text.contains(" Htot   = ")) << text.toStdString();
+    EXPECT_EQ(text.contains("Quantum rotor"), c.options.size() > 0);
+    // The first line is painted in its blue.
+    const QImage image = pane->plots()[0]->grab().toImage();
+    int blue = 0;
+    for (int y = 0; y < image.height(); ++y)
+      for (int x = 0; x < image.width(); ++x) {
+        const QColor p = image.pixelColor(x, y);
+        blue += p.blue() > 100 && p.red() < 80 && p.green() < 80;
+      }
+    EXPECT_GT(blue, 20);
+    if (const char* shot = std::getenv("QUINTOR_DOCK_SHOT")) pane->grab().save(shot);
+    window.close();
+  }
+}
+
+// The optimisation's progress window: its text and bar follow the cycles,
+// and after Cancel the next cycle is told to stop.
+TEST(ViewerQt, ProgressDialogShowsTheCycleAndTakesCancel) {
+  EnsureQtApplication(true);
+  QWidget parent;
+  DialogPrompts prompts;
+  prompts.parent = &parent;
+  EXPECT_TRUE(prompts.Progress(" Cycle    1", 1, 30));
+  ASSERT_NE(prompts.progress, nullptr);
+  EXPECT_EQ(prompts.progress->labelText(), " Cycle    1");
+  EXPECT_EQ(prompts.progress->maximum(), 30);
+  EXPECT_TRUE(prompts.Progress(" Cycle    2", 2, 30));
+  EXPECT_EQ(prompts.progress->value(), 2);
+  prompts.progress->cancel();
+  EXPECT_FALSE(prompts.Progress(" Cycle    3", 3, 30));
+  prompts.EndProgress();
+  EXPECT_EQ(prompts.progress, nullptr);
 }

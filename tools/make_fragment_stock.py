@@ -9,8 +9,14 @@ optimisation, so that the atom it was bonded to - the attachment atom -
 comes first in the record, where the Fragment edit mode puts the point or
 the bond to the replaced hydrogen.
 
+The output is the same file on every run. Open Babel has no seed option:
+its builder and conformer search draw from rand(), seeded by the clock, so
+obabel runs under faketime with the clock stopped at one moment, which
+fixes the seed; xtb runs on one thread, so that its sums are added in one
+order.
+
 Usage: tools/make_fragment_stock.py [output]   (default data/Quintor.fdb)
-Needs the Debian packages openbabel and xtb.
+Needs the Debian packages openbabel, xtb and faketime.
 """
 import os
 import subprocess
@@ -111,8 +117,16 @@ AMINO_ACIDS = [
 ]
 
 
+# One thread: a parallel reduction may add in another order from run to run.
+ENV = dict(os.environ, OMP_NUM_THREADS="1", MKL_NUM_THREADS="1", OPENBLAS_NUM_THREADS="1",
+           FAKETIME_NO_CACHE="1")
+# Open Babel's random numbers are seeded by the clock: a stopped clock
+# ("x0") gives the same seed, and so the same guess, on every run.
+STOPPED_CLOCK = ["faketime", "-f", "2020-01-01 00:00:00 x0"]
+
+
 def run(cmd, cwd):
-    return subprocess.run(cmd, cwd=cwd, check=True, capture_output=True, text=True).stdout
+    return subprocess.run(cmd, cwd=cwd, check=True, capture_output=True, text=True, env=ENV).stdout
 
 
 def read_xyz(text):
@@ -137,7 +151,7 @@ def bonds_of(xyz_path, cwd):
 
 
 def optimised(smiles, cwd):
-    guess = run(["obabel", "-:" + smiles, "-oxyz", "--gen3d", "-h"], cwd)
+    guess = run(STOPPED_CLOCK + ["obabel", "-:" + smiles, "-oxyz", "--gen3d", "-h"], cwd)
     with open(os.path.join(cwd, "guess.xyz"), "w") as f:
         f.write(guess)
     electrons = sum({"H": 1, "C": 6, "N": 7, "O": 8, "F": 9, "Si": 14, "S": 16, "Cl": 17,

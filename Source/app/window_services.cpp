@@ -29,8 +29,7 @@ void Evaluate(Session& s, const std::string& specFile) {
   }
 }
 
-std::vector<Vec3> Optimise(Session& s, const GeoOptParameters& p, std::vector<std::string>& messages,
-                           double& heatKcal) {
+std::vector<Vec3> Optimise(Session& s, const GeoOptParameters& p, OptimisationRun& run) {
   std::vector<std::array<double, 3>> x(static_cast<size_t>(s.nAtoms));
   for (int i = 0; i < s.nAtoms; ++i)
     for (int k = 0; k < 3; ++k) x[i][k] = s.xyz[i][k] * constants::BohrToAngstrom;
@@ -40,18 +39,25 @@ std::vector<Vec3> Optimise(Session& s, const GeoOptParameters& p, std::vector<st
   settings.minimiser = p.optimiser;
   settings.tolerances = {p.maxGradientNorm, p.maxStep, p.stepRange};
   settings.engine.printLevel = 0;
+  // "Max FCN calls" of the dialog: the minimiser's cycles, one gradient each.
+  if (p.maxCalls > 0) settings.maxIterations = p.maxCalls;
+  if (run.onCycle)
+    settings.onCycle = [&run](const engine::GeoOptProgress& c) {
+      return run.onCycle(OptimisationCycle{c.cycle, c.functionCalls, c.heatKcal, c.gradientNorm});
+    };
   settings.engine.workDir = std::filesystem::path(s.files.inputName).parent_path().string();
   std::ostringstream log, console;
   const engine::GeoOptResult r =
       engine::GeoOpt(engine::MethodOfMenu(p.method), z, x, p.charge, multiplicity, settings, &log, &console);
   std::istringstream lines(console.str() + log.str());
-  for (std::string line; std::getline(lines, line);) messages.push_back(line);
+  for (std::string line; std::getline(lines, line);) run.messages.push_back(line);
   s.log.EndLine();
   std::istringstream logLines(log.str());
   for (std::string line; std::getline(logLines, line);) s.log.Line(line);
-  heatKcal = r.heatKcal;
+  run.heatKcal = r.heatKcal;
+  run.cancelled = r.cancelled;
   std::vector<Vec3> out;
-  if (r.coordinates.size() != x.size()) return out;
+  if (!r.optimised || r.coordinates.size() != x.size()) return out;
   for (const auto& c : r.coordinates)
     out.push_back({c[0] * constants::AngstromToBohr, c[1] * constants::AngstromToBohr, c[2] * constants::AngstromToBohr});
   return out;

@@ -140,6 +140,10 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
   // sends every atom 0.2 A and the line searches spend their energies on
   // backing off (hexadecane in PM3: 39 energies in place of 106).
   ds.initialInverseHessian = 0.01;
+  if (settings.onCycle)
+    ds.onIteration = [&](int cycle, int calls, double value, double gradientNorm) {
+      return settings.onCycle(GeoOptProgress{cycle, calls, value, gradientNorm});
+    };
   const DfpResult dr = DfpMinimise(x, function, gradient, ds);
   if (!dr.message.empty() && console) *console << ' ' << dr.message << '\n';
   place(x);
@@ -156,10 +160,15 @@ GeoOptResult GeoOpt(EngineMethod method, const std::vector<int>& atomicNumbers,
   res.functionCalls = dr.functionCalls;
   res.gradientCalls = dr.gradientCalls;
   res.message = dr.message;
+  res.cancelled = dr.stopped;
   if (console)
-    *console << " OPTIMIZATION FINISHED.  E =" << FmtF(res.heatKcal * kKcalToKj, 12, 2) << " kJ/mol.  G ="
-             << FmtF(res.gradientNorm, 10, 4) << "  FCN=" << FmtI(res.functionCalls, 4) << '\n';
+    *console << (res.cancelled ? " OPTIMIZATION CANCELLED.  E =" : " OPTIMIZATION FINISHED.  E =")
+             << FmtF(res.heatKcal * kKcalToKj, 12, 2) << " kJ/mol.  G =" << FmtF(res.gradientNorm, 10, 4)
+             << "  FCN=" << FmtI(res.functionCalls, 4) << '\n';
   if (log) {
+    if (res.cancelled)
+      *log << " Optimization cancelled by the user after cycle" << FmtI(dr.iterations, 5)
+           << ": the geometry reached so far follows\n";
     *log << " Final Heat of Formation: " << FmtF(res.heatKcal * kKcalToKj, 12, 4) << " kJ/mol  ="
          << FmtF(res.heatKcal, 12, 4) << " kcal/mol\n"
          << " Final Gradient Norm    : " << FmtF(res.gradientNorm, 12, 4) << '\n'

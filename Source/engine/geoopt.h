@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <iosfwd>
 #include <utility>
 #include <vector>
@@ -12,13 +13,27 @@
 
 namespace quintor::engine {
 
+// Where an optimisation stands after one cycle (an iteration of the
+// minimiser): the heat of formation and the gradient norm at its point.
+struct GeoOptProgress {
+  int cycle = 0;
+  int functionCalls = 0;
+  double heatKcal = 0;
+  double gradientNorm = 0;  // kcal/mol/A
+};
+
 struct GeoOptSettings {
   // 1: the built-in minimiser; 2: the library minimiser this version lacks.
   int minimiser = 1;
   // Tolerances; a value not above 0 takes its default 0.1, 0.001, 0.0001:
   // largest gradient component (kcal/mol/A), energy change (kcal/mol), step (A).
   std::array<double, 3> tolerances{0, 0, 0};
+  // Cycles of the minimiser, one gradient each; more ends the search with
+  // "too many iterations in dfpmin".
   int maxIterations = 200;
+  // Called after each cycle; false cancels the optimisation there, between
+  // cycles, and the geometry reached so far is the result.
+  std::function<bool(const GeoOptProgress&)> onCycle;
   double step = 0.0001;  // finite-difference step of the numerical gradient, angstrom
   // The gradient by central differences of whole energies (two SCFs per
   // coordinate) in place of the pair-wise one at fixed density; restricted
@@ -31,6 +46,7 @@ struct GeoOptSettings {
 
 struct GeoOptResult {
   bool optimised = false;                          // the minimiser ran (choice 1)
+  bool cancelled = false;                          // onCycle stopped it; `coordinates` are where it stood
   std::vector<std::array<double, 3>> coordinates;  // angstrom
   double heatKcal = 0;
   double gradientNorm = 0;

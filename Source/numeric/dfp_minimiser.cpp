@@ -124,6 +124,10 @@ DfpResult DfpMinimise(std::vector<double>& x, const DfpFunction& f, const DfpGra
       for (size_t i = 0; i < n; ++i)
         for (size_t j = 0; j < n; ++j) h[i * n + j] += dx[i] * dx[j] / fac - hdg[i] * hdg[j] / fae;
     }
+    if (s.onIteration && !s.onIteration(it, r.functionCalls, fx, std::sqrt(Dot(g, g)))) {
+      r.stopped = true;
+      break;
+    }
     if (it == s.maxIterations) r.message = "too many iterations in dfpmin";
   }
   r.value = fx;

@@ -15,6 +15,10 @@ struct DfpSettings {
   int maxIterations = 200;
   double maxStep = 0.2;            // longest first step of a line search (in the variables' units)
   double initialInverseHessian = 1;  // the diagonal of the start's inverse Hessian (variable^2 per function unit)
+  // Called after each iteration with its number, the function calls so far,
+  // the value and the gradient norm at the new point; false stops the search
+  // there (a user's cancel), with the point reached kept in x.
+  std::function<bool(int iteration, int functionCalls, double value, double gradientNorm)> onIteration;
 };
 
 struct DfpResult {
@@ -24,6 +28,7 @@ struct DfpResult {
   int functionCalls = 0;
   int gradientCalls = 0;
   bool converged = false;
+  bool stopped = false;  // onIteration asked to stop
   std::string message;  // "roundoff problem in lnsrch", "too many iterations in dfpmin", or empty
 };
 

@@ -44,20 +44,29 @@ Outcome GeometryOptimizationCommand(Session& s, ViewerState& v, Prompts& prompts
     out.ending = Ending::Exit;
     return out;
   }
-  double heat = 0.0;
-  std::vector<std::string> lines;
-  const std::vector<Vec3> xyz = v.services->geometryOptimisation(s, *parameters, lines, heat);
-  for (std::string& l : lines) v.messages.push_back(std::move(l));
+  // The progress after each cycle; a Cancel stops between cycles.
+  OptimisationRun run;
+  run.onCycle = [&](const OptimisationCycle& c) {
+    return prompts.Progress(" Cycle" + FmtI(c.cycle, 5) + "   Heat of Formation:" + FmtF(c.heatKcal, 12, 4) +
+                                " kcal/mol   Gradient norm:" + FmtF(c.gradientNorm, 10, 4),
+                            c.cycle, parameters->maxCalls);
+  };
+  const std::vector<Vec3> xyz = v.services->geometryOptimisation(s, *parameters, run);
+  prompts.EndProgress();
+  for (std::string& l : run.messages) v.messages.push_back(std::move(l));
   if (static_cast<int>(xyz.size()) != s.nAtoms || s.nAtoms == 0) return out;
-  // The optimised geometry as a new coordinate set, shown at once.
+  // The optimised geometry (or the one reached at a Cancel) as a new
+  // coordinate set, shown at once.
   ++s.iCyc;
   CoordSet& set = s.Set(s.iCyc);
   set.xyz = xyz;
-  set.energy = heat;
+  set.energy = run.heatKcal;
   v.currentSet = s.iCyc;
   LoadCoordinateSet(s, v);
-  v.messages.push_back(" Optimized geometry is coordinate set" + FmtI(s.iCyc, 5) +
-                       ", Heat of Formation:" + FmtF(heat, 12, 4) + " kcal/mol");
+  v.messages.push_back(std::string(run.cancelled ? " Optimization cancelled: the geometry reached so far"
+                                                 : " Optimized geometry") +
+                       " is coordinate set" + FmtI(s.iCyc, 5) + ", Heat of Formation:" + FmtF(run.heatKcal, 12, 4) +
+                       " kcal/mol");
   return out;
 }
 

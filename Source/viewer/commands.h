@@ -44,6 +44,10 @@ struct Prompts {
   // back as the user left them; the result is the code of the closing
   // button. Without a dialog at hand: Cancel.
   virtual int AskDialog(int number, DialogValues& values) { return DialogCancel; }
+  // A long calculation's progress: `text` and `value` of `maximum` steps.
+  // False when the user asked to stop it; without a window it goes on.
+  virtual bool Progress(const std::string& text, int value, int maximum) { return true; }
+  virtual void EndProgress() {}
 };
 
 enum class MenuCommand {

@@ -58,6 +58,10 @@ struct RecordingPrompts : Prompts {
   bool AskYesNo(const std::string& text) override;
   void ShowMessage(const std::string& text) override { inner.ShowMessage(text); }
   int AskDialog(int number, DialogValues& values) override;
+  bool Progress(const std::string& text, int value, int maximum) override {
+    return inner.Progress(text, value, maximum);
+  }
+  void EndProgress() override { inner.EndProgress(); }
 };
 
 // Replays a journal on a viewer that StartViewer and LoadCoordinateSet made

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -183,6 +184,67 @@ void EnergyPane::paintEvent(QPaintEvent*) {
 
 void EnergyPane::mousePressEvent(QMouseEvent* event) {
   if (s_.iCyc >= 0 && onSet) onSet(SetAt(event->position().x()));
+}
+
+}  // namespace quintor
+
+namespace quintor {
+
+void PaintCurves(QPainter& painter, const QRect& area, const QString& title, const QString& xName,
+                 const std::vector<PlotSeries>& series) {
+  painter.fillRect(area, Qt::white);
+  painter.setRenderHint(QPainter::Antialiasing, true);
+  painter.setFont(ViewFont());
+  double xLo = 1e300, xHi = -1e300, yLo = 1e300, yHi = -1e300;
+  for (const PlotSeries& s : series)
+    for (size_t k = 0; k < s.x.size() && k < s.y.size(); ++k) {
+      xLo = std::min(xLo, s.x[k]), xHi = std::max(xHi, s.x[k]);
+      yLo = std::min(yLo, s.y[k]), yHi = std::max(yHi, s.y[k]);
+    }
+  painter.setPen(Qt::black);
+  painter.drawText(QRectF(area.left(), area.top(), area.width(), 14), Qt::AlignCenter, title);
+  if (xLo > xHi) {
+    painter.drawText(area, Qt::AlignCenter, "No temperature table");
+    return;
+  }
+  if (xHi - xLo < 1e-12) xHi = xLo + 1.0;
+  if (yHi - yLo < 1e-12) yHi = yLo + 1.0;
+  const QRectF box(area.left() + kMargin + 30, area.top() + 16, area.width() - kMargin - 40, area.height() - kMargin - 20);
+  auto X = [&](double x) { return box.left() + (x - xLo) / (xHi - xLo) * box.width(); };
+  auto Y = [&](double y) { return box.bottom() - (y - yLo) / (yHi - yLo) * box.height(); };
+  painter.drawRect(box);
+  painter.drawText(QRectF(area.left(), box.top() - 2, kMargin + 26, 14), Qt::AlignRight, QString::number(yHi, 'g', 5));
+  painter.drawText(QRectF(area.left(), box.bottom() - 12, kMargin + 26, 14), Qt::AlignRight,
+                   QString::number(yLo, 'g', 5));
+  painter.drawText(QRectF(box.left() - 30, box.bottom() + 2, 60, 14), Qt::AlignCenter, QString::number(xLo, 'g', 5));
+  painter.drawText(QRectF(box.right() - 60, box.bottom() + 2, 60, 14), Qt::AlignRight, QString::number(xHi, 'g', 5));
+  painter.drawText(QRectF(box.left(), box.bottom() + 2, box.width(), 14), Qt::AlignCenter, xName);
+  double legendY = box.top() + 4;
+  for (const PlotSeries& s : series) {
+    QPainterPath path;
+    for (size_t k = 0; k < s.x.size() && k < s.y.size(); ++k)
+      k == 0 ? path.moveTo(X(s.x[k]), Y(s.y[k])) : path.lineTo(X(s.x[k]), Y(s.y[k]));
+    painter.setPen(QPen(s.colour, 1.5));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(path);
+    // The legend on white, over whatever line passes beneath.
+    const QRectF legend(box.left() + 2, legendY, QFontMetricsF(painter.font()).horizontalAdvance(s.name) + 30, 14);
+    painter.fillRect(legend, Qt::white);
+    painter.drawLine(QPointF(box.left() + 6, legendY + 6), QPointF(box.left() + 22, legendY + 6));
+    painter.drawText(QRectF(box.left() + 26, legendY, box.width() - 30, 14), Qt::AlignLeft | Qt::AlignVCenter, s.name);
+    legendY += 14;
+  }
+}
+
+CurvePlot::CurvePlot(const QString& title_, const QString& xName_, QWidget* parent)
+    : QWidget(parent), title(title_), xName(xName_) {
+  setMinimumSize(160, 120);
+  setFocusPolicy(Qt::NoFocus);
+}
+
+void CurvePlot::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  PaintCurves(painter, rect(), title, xName, series);
 }
 
 }  // namespace quintor

@@ -4,6 +4,10 @@
 #pragma once
 
 #include <functional>
+#include <vector>
+
+#include <QColor>
+#include <QString>
 
 #include <QWidget>
 
@@ -50,6 +54,33 @@ class EnergyPane : public QWidget {
  private:
   const Session& s_;
   const int& current_;
+};
+
+}  // namespace quintor
+
+namespace quintor {
+
+// One line of a curve plot.
+struct PlotSeries {
+  QString name;
+  QColor colour;
+  std::vector<double> x, y;
+};
+
+// Lines of y against x in `area` with a box, the ends of both axes, the
+// axis names and a legend of the series' names.
+void PaintCurves(QPainter& painter, const QRect& area, const QString& title, const QString& xName,
+                 const std::vector<PlotSeries>& series);
+
+// A pane that paints its series with PaintCurves.
+class CurvePlot : public QWidget {
+ public:
+  CurvePlot(const QString& title, const QString& xName, QWidget* parent = nullptr);
+  std::vector<PlotSeries> series;
+  QString title, xName;
+
+ protected:
+  void paintEvent(QPaintEvent*) override;
 };
 
 }  // namespace quintor

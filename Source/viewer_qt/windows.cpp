@@ -19,6 +19,7 @@
 #include <QWheelEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QStyle>
 #include <QTextDocument>
@@ -36,6 +37,7 @@
 #include "viewer_qt/paint.h"
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
+#include "viewer_qt/results_dock.h"
 #include "viewer_qt/table_dialog.h"
 #include "viewer/fragment_db.h"
 
@@ -123,6 +125,29 @@ bool DialogPrompts::AskYesNo(const std::string& text) {
 }
 
 int DialogPrompts::AskDialog(int number, DialogValues& values) { return RunTableDialog(number, values, parent); }
+
+bool DialogPrompts::Progress(const std::string& text, int value, int maximum) {
+  if (!progress) {
+    progress = new QProgressDialog(parent);
+    progress->setWindowTitle("Geometry optimization");
+    progress->setCancelButtonText("Cancel");
+    progress->setWindowModality(Qt::WindowModal);
+    progress->setMinimumDuration(0);
+    progress->setAutoReset(false);
+    progress->setAutoClose(false);
+  }
+  progress->setMaximum(std::max(maximum, value));
+  progress->setValue(value);
+  progress->setLabelText(QString::fromStdString(text));
+  // The work runs on this thread: a look at the events lets the Cancel in.
+  QApplication::processEvents();
+  return !progress->wasCanceled();
+}
+
+void DialogPrompts::EndProgress() {
+  delete progress;
+  progress = nullptr;
+}
 
 void DialogPrompts::ShowMessage(const std::string& text) {
   QMessageBox box(parent);
@@ -269,6 +294,19 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
   column.append(keysDock);
   heights.append(keysHeight);
   resizeDocks(column, heights, Qt::Vertical);
+  if (v.hasVibrations) {
+    // The thermochemistry and its plots, in a tab behind the Message window.
+    // A scroll area: the pane's plots never squeeze the Control keys.
+    results_ = new ResultsPane(s);
+    auto* scroll = new QScrollArea;
+    scroll->setWidget(results_);
+    scroll->setWidgetResizable(true);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    auto* resultsDock = Dock("Thermochemistry", scroll);
+    addDockWidget(Qt::RightDockWidgetArea, resultsDock);
+    tabifyDockWidget(messageDock, resultsDock);
+    messageDock->raise();
+  }
   // The film's pace: 50 ms of rest after each frame is drawn.
   filmTimer_.setSingleShot(true);
   filmTimer_.setTimerType(Qt::PreciseTimer);  // a coarse timer may fire up to 5 % early
@@ -357,6 +395,7 @@ void ViewerWindow::Apply(const Outcome& out) {
   }
   if (out.redraw || out.filmStarted) view_->update();
   if (energy_) energy_->update();
+  if (results_) results_->Refresh();
 }
 
 void ViewerWindow::FilmFrameDue() {

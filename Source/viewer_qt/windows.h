@@ -9,6 +9,7 @@
 #include <QDialog>
 #include <QMainWindow>
 #include <QPlainTextEdit>
+#include <QProgressDialog>
 #include <QTimer>
 #include <QWidget>
 
@@ -34,6 +35,10 @@ struct DialogPrompts : Prompts {
   bool AskYesNo(const std::string& text) override;
   void ShowMessage(const std::string& text) override;
   int AskDialog(int number, DialogValues& values) override;
+  // A window-modal progress dialog with Cancel, made at the first step.
+  bool Progress(const std::string& text, int value, int maximum) override;
+  void EndProgress() override;
+  QProgressDialog* progress = nullptr;
 };
 
 // The drawing surface: paints the Scene of the state whole on every frame,
@@ -67,6 +72,7 @@ class MolecularView : public QWidget {
 // The frame of the interactive stage.
 class SpectrumPane;
 class EnergyPane;
+class ResultsPane;
 
 // The frame of the interactive stage. Every action goes to `journal` (the
 // <input>.jnl of the run) as it is done.
@@ -83,6 +89,8 @@ class ViewerWindow : public QMainWindow {
   DialogPrompts& prompts() { return prompts_; }
   SpectrumPane* spectrumPane() const { return spectrum_; }
   EnergyPane* energyPane() const { return energy_; }
+  // The thermochemistry dock of a run with frequencies; null without.
+  ResultsPane* resultsPane() const { return results_; }
   // One frame of a running film, as the film's timer gives it.
   void FilmFrameDue();
   // Size and dock layout from the last run (QSettings), kept again at the close.
@@ -106,6 +114,7 @@ class ViewerWindow : public QMainWindow {
   RecordingPrompts recording_;
   SpectrumPane* spectrum_ = nullptr;
   EnergyPane* energy_ = nullptr;
+  ResultsPane* results_ = nullptr;
   QTimer filmTimer_;
   size_t shownMessages_ = 0;
   Ending ending_ = Ending::None;
