@@ -36,6 +36,7 @@
 #include "viewer_qt/paint.h"
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
+#include "viewer_qt/session_menu.h"
 #include "viewer_qt/table_dialog.h"
 #include "viewer/fragment_db.h"
 
@@ -122,7 +123,10 @@ bool DialogPrompts::AskYesNo(const std::string& text) {
   return box.clickedButton() == yes;
 }
 
-int DialogPrompts::AskDialog(int number, DialogValues& values) { return RunTableDialog(number, values, parent); }
+int DialogPrompts::AskDialog(int number, DialogValues& values) {
+  if (number == OpenLogDialog) return ChooseLogFile(parent, values);
+  return RunTableDialog(number, values, parent);
+}
 
 void DialogPrompts::ShowMessage(const std::string& text) {
   QMessageBox box(parent);
@@ -276,6 +280,7 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
   connect(&filmTimer_, &QTimer::timeout, this, [this] { FilmFrameDue(); });
   prompts_.parent = this;
   BuildMenus();
+  BuildRecentMenu();
 
   for (const std::string& line : s.messages) messages_->appendPlainText(QString::fromStdString(line));
   // Keys and clicks during a film only feed the film's stop; its journal
@@ -430,6 +435,7 @@ bool RunWindowsWith(Session& s, const WindowServices& services) {
   std::ofstream journal(DerivedName(s.files.inputName, ".jnl"));
   ViewerWindow window(s, v, journal ? &journal : nullptr);
   window.RememberLayout();
+  RememberRecentInput(s);
   window.show();
   QApplication::exec();
   return window.ending() == Ending::CalcTDAndQuit;
