@@ -173,8 +173,8 @@ TEST(ViewerKeys, LaterWorkSaysNotAvailableAndEditedSetsAsk) {
   OpenOnFourSets(s, v);
   ScriptedPrompts p;
   // A menu item not built yet says which one it is.
-  DispatchMenu(s, v, MenuCommand::NewSession, p);
-  EXPECT_EQ(v.messages, std::vector<std::string>{" Not available yet: New Session"});
+  DispatchMenu(s, v, MenuCommand::ViewParameters, p);
+  EXPECT_EQ(v.messages, std::vector<std::string>{" Not available yet: E  Set view parameters"});
   // No modes: F3 and V only redraw, and the help does not offer them.
   DispatchKey(s, v, Plain('v'), p);
   EXPECT_EQ(v.messages.size(), 1u);

@@ -3,15 +3,21 @@
 // mapping and the prompt dialogs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <sstream>
 #include <utility>
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QFileDialog>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QSettings>
+#include <QUrl>
 #include <QElapsedTimer>
 #include <QDockWidget>
 #include <QKeyEvent>
-#include <QMenuBar>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -26,7 +32,10 @@
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
 #include "viewer_qt/results_dock.h"
+#include "viewer_qt/session_menu.h"
+#include "viewer_qt/table_dialog.h"
 #include "viewer_qt/windows.h"
+#include "app/run.h"
 #include "test_support.h"
 #include "viewer_support.h"
 
@@ -420,4 +429,178 @@ TEST(ViewerQt, ProgressDialogShowsTheCycleAndTakesCancel) {
   EXPECT_FALSE(prompts.Progress(" Cycle    3", 3, 30));
   prompts.EndProgress();
   EXPECT_EQ(prompts.progress, nullptr);
+// ---- Another session from the window: a drop, the recent files, File > Open ----
+
+namespace {
+
+// Settings of the test's own, in a scratch folder.
+struct ScratchSettings {
+  TempDir dir;
+  ScratchSettings() {
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QString::fromStdString(dir.path.string()));
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QString::fromStdString(dir.path.string()));
+  }
+};
+
+}  // namespace
+
+// A log dropped on the window ends the run for a new one on that log, as
+// File > Open with it would, and the journal says so; a drop of no file is refused.
+TEST(ViewerQt, DroppedLogOpensInTheNextSession) {
+  EnsureQtApplication(true);
+  TempDir dir;
+  const std::string log = dir.Write("dropped.log", "x\n");
+  Session s;
+  Formaldehydeish(s);
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  std::ostringstream journal;
+  ViewerWindow window(s, v, &journal);
+  window.show();
+  QApplication::processEvents();
+  EXPECT_TRUE(window.acceptDrops());
+
+  QMimeData text;
+  text.setText("no file");
+  QDragEnterEvent refused(QPoint(50, 50), Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(&window, &refused);
+  EXPECT_FALSE(refused.isAccepted());
+
+  QMimeData file;
+  file.setUrls({QUrl::fromLocalFile(QString::fromStdString(log))});
+  QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &file, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(&window, &enter);
+  EXPECT_TRUE(enter.isAccepted());
+  QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &file, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(&window, &drop);
+  EXPECT_EQ(window.ending(), Ending::NewSession);
+  EXPECT_FALSE(window.isVisible());
+  EXPECT_TRUE(s.next.asked);
+  EXPECT_EQ(s.next.inputName, log);
+  EXPECT_EQ(journal.str(), "menu Open\nanswer " + EncodeDialogAnswer(DialogOk, OpenLogAnswer(log, FormatCode::Automatic)) + "\n");
+}
+
+// The recent files go through the settings and back; the submenu lists
+// those still there, says which were taken off, and opens the one chosen.
+TEST(ViewerQt, RecentFilesRoundTripAndOpen) {
+  EnsureQtApplication(true);
+  ScratchSettings scratch;
+  TempDir dir;
+  const std::vector<RecentFile> list{{dir.Write("b.log", "x"), FormatCode::Gaussian09},
+                                     {dir.File("gone.log"), FormatCode::Automatic},
+                                     {dir.Write("a.out", "x"), FormatCode::PcGamess7}};
+  {
+    QSettings settings("Quintor", "Quintor");
+    SaveRecentFiles(settings, list);
+  }
+  {
+    QSettings settings("Quintor", "Quintor");
+    EXPECT_EQ(LoadRecentFiles(settings), list);
+  }
+  Session s;
+  s.files.inputName = dir.Write("c.log", "x");
+  RememberRecentInput(s);  // the run's own input goes to the head
+  Formaldehydeish(s);
+  ViewerState v;
+  StartViewer(s, v);
+  LoadCoordinateSet(s, v);
+  std::ostringstream journal;
+  ViewerWindow window(s, v, &journal);
+  window.show();
+  QApplication::processEvents();
+  ASSERT_NE(window.recentMenu(), nullptr);
+  emit window.recentMenu()->aboutToShow();
+  QStringList shown;
+  for (QAction* a : window.recentMenu()->actions()) shown << a->text();
+  EXPECT_EQ(shown, QStringList({QString::fromStdString(dir.File("c.log")), QString::fromStdString(list[0].name),
+                                QString::fromStdString(list[2].name)}));
+  EXPECT_TRUE(window.messagePane()->toPlainText().contains(
+      QString::fromStdString(" Recent file not found, taken off the list: " + dir.File("gone.log"))));
+  {
+    QSettings settings("Quintor", "Quintor");
+    EXPECT_EQ(LoadRecentFiles(settings).size(), 3u);
+  }
+  window.recentMenu()->actions()[1]->trigger();
+  EXPECT_EQ(window.ending(), Ending::NewSession);
+  EXPECT_EQ(s.next.inputName, list[0].name);
+  EXPECT_EQ(s.next.formatCode, FormatCode::Gaussian09);
+}
+
+// File > Open: Qt's file chooser with the job dialog's formats as its file types.
+TEST(ViewerQt, OpenChooserGivesTheFileAndItsFormat) {
+  EnsureQtApplication(true);
+  TempDir dir;
+  const std::string log = dir.Write("water.log", "x\n");
+  const LogFileType& g09 = *std::find_if(LogFileTypes().begin(), LogFileTypes().end(),
+                                         [](const LogFileType& t) { return t.format == FormatCode::Gaussian09; });
+  DialogPrompts prompts;
+  QStringList types;
+  QTimer::singleShot(0, [&] {
+    auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(chooser, nullptr);
+    types = chooser->nameFilters();
+    chooser->setDirectory(QString::fromStdString(dir.path.string()));
+    chooser->selectNameFilter(QString::fromStdString(g09.Filter()));
+    chooser->selectFile(QString::fromStdString(log));
+    QMetaObject::invokeMethod(chooser, "accept");  // a protected slot
+  });
+  DialogValues values = OpenLogAnswer("", FormatCode::Automatic);
+  ASSERT_EQ(prompts.AskDialog(OpenLogDialog, values), DialogOk);
+  EXPECT_EQ(values, OpenLogAnswer(log, FormatCode::Gaussian09));
+  ASSERT_EQ(types.size(), static_cast<qsizetype>(LogFileTypes().size()));
+  EXPECT_EQ(types.front(), "Automatic recognition (*.out *.log *.o *.gjf *.inp *.mou *.xyz)");
+}
+
+// The whole re-entry with the program's own windows: File > New Session in
+// the first window, the job dialog names the second log, and the second
+// window opens where the first was, on the second log.
+TEST(ViewerQt, NewSessionRunsTheNextLogInTheWindow) {
+  EnsureQtApplication(true);
+  ScratchSettings scratch;
+  TempDir dir;
+  const std::string first = dir.Write("ethanol.out", ReadFile(std::string(QUINTOR_TEST_INPUTS) + "/../../examples/ethanol_xtb.out"));
+  const std::string second = dir.Write("water.out", ReadFile(TestInput("water_xtb.out")));
+  std::vector<std::string> seen;  // the window titles, and the job dialog
+  QRect firstPlace, secondPlace;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, [&] {
+    if (auto* d = dynamic_cast<TableDialog*>(QApplication::activeModalWidget())) {
+      seen.push_back(d->windowTitle().toStdString());
+      d->findChild<QLineEdit*>("c1000")->setText(QString::fromStdString(second));
+      d->findChild<QAbstractButton*>("b1")->click();
+      return;
+    }
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+      auto* window = dynamic_cast<ViewerWindow*>(w);
+      if (!window || !window->isVisible()) continue;
+      seen.push_back(window->windowTitle().toStdString());
+      if (seen.size() == 1) {
+        window->move(40, 30);
+        window->resize(1100, 900);
+        firstPlace = window->geometry();
+        for (QAction* a : window->menuBar()->actions().front()->menu()->actions())
+          if (a->text() == "&New Session") a->trigger();
+      } else {
+        secondPlace = window->geometry();
+        window->close();
+      }
+      return;
+    }
+  });
+  timer.start(20);
+  Session s;
+  std::ostringstream console;
+  s.console = &console;
+  const Frontend windows{HasDisplay, RunWindows, SnapView, AskYesNoDialog, AskTextDialog,
+                         PlotSpectrumPng, RunWindowsWith, AskJobDialog};
+  EXPECT_EQ(RunQuintor(s, {first}, &windows), 0) << console.str();
+  timer.stop();
+  EXPECT_EQ(seen, (std::vector<std::string>{"Quintor - " + first, "Set the input file name and job options",
+                                            "Quintor - " + second}));
+  EXPECT_EQ(secondPlace.size(), firstPlace.size());
+  EXPECT_EQ(s.files.inputName, second);
+  EXPECT_EQ(s.nAtoms, 3);
+  EXPECT_EQ(ReadFile(dir.File("ethanol.mou")).find("THERMOCHEMICAL PROPERTIES EVALUATION"), std::string::npos);
+  EXPECT_NE(ReadFile(dir.File("ethanol.jnl")).find("menu NewSession"), std::string::npos);
 }

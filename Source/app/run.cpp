@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <new>
 #include <ostream>
 
@@ -258,10 +259,20 @@ void ReportResults(Session& s, int status) {
     s.Console() << " WARNING! Can not append to " << s.opt.csvFile << "\n";
 }
 
-int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, const Frontend* frontend) {
+// The interactive stage, and its end: the evaluation (when asked for) as the
+// run ends, or the close of a run that hands over to another session.
+int Interact(Session& s, const std::function<bool()>& stage) {
+  if (stage()) s.opt.doThermo = true;
+  if (s.next.asked) return CloseForNewSession(s);
+  return EndRun(s);
+}
+
+int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, const Frontend* frontend,
+               bool restart = false) {
   LineReader in;
   try {
-    switch (ParseCommandLine(s, args)) {
+    // A new session from the window has no command line: the job dialog asks.
+    switch (restart ? CommandLineAction::Run : ParseCommandLine(s, args)) {
       case CommandLineAction::Help:
         s.Console() << UsageText();
         return exit_status::Ok;
@@ -284,9 +295,11 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
     TakeXyzByName(s);
     if (newStructure) {  // no atoms, no report: the structure is built in the viewer
       s.view = StartingView(s.opt);
-      frontend->interact(s);
-      s.opt.doThermo = false;  // nothing to evaluate without atoms
-      return EndRun(s);
+      return Interact(s, [&] {
+        frontend->interact(s);
+        s.opt.doThermo = false;  // nothing to evaluate without atoms
+        return false;
+      });
     }
     ReadPass(s, in, [&s] {
       // A batch run never waits for a key: it ends as the answer Y would.
@@ -309,9 +322,11 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
         return exit_status::CanNotWrite;
       }
     } else if (replay) {
-      if (ReplayPlayFile(s)) s.opt.doThermo = true;
-    } else if (windowed && (frontend->interactWith ? frontend->interactWith(s, RunServices()) : frontend->interact(s))) {
-      s.opt.doThermo = true;
+      return Interact(s, [&] { return ReplayPlayFile(s); });
+    } else if (windowed) {
+      return Interact(s, [&] {
+        return frontend->interactWith ? frontend->interactWith(s, RunServices()) : frontend->interact(s);
+      });
     }
     return EndRun(s);
   } catch (const BadOption& e) {
@@ -336,8 +351,14 @@ int RunSession(Session& s, const std::vector<std::string>& args, bool& asked, co
 int RunQuintor(Session& s, const std::vector<std::string>& args, const Frontend* frontend) {
   if (AsksForEnsemble(args)) return RunEnsemble(s, args);
   bool asked = false;
-  const int status = RunSession(s, args, asked, frontend);
+  int status = RunSession(s, args, asked, frontend);
   if (asked) ReportResults(s, status);
+  // File > New Session or File > Open: the run above closed; the next one
+  // starts from the defaults in the same Session, each on top of the last.
+  while (status == exit_status::Ok && StartNextSession(s, frontend)) {
+    status = RunSession(s, {}, asked, frontend, true);
+    ReportResults(s, status);
+  }
   return status;
 }
 

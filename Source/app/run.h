@@ -65,4 +65,13 @@ bool ReplayPlayFile(Session& s);
 // the exit status 0.
 int EndRun(Session& s);
 
+// The end of a run that File > New Session or File > Open hands over to
+// another: the last view, then the files closed, without evaluation.
+int CloseForNewSession(Session& s);
+// Makes `s` ready for the session its `next` asks for: every field back to
+// its default (the screen and keyboard kept), the input and format taken
+// over. False when none was asked for, or when a blank name has no job
+// dialog to ask it (a run without windows).
+bool StartNextSession(Session& s, const Frontend* frontend);
+
 }  // namespace quintor

@@ -1,10 +1,29 @@
 #include "io/main_log.h"
 
 #include <filesystem>
+#include <utility>
 
 namespace quintor {
 
 MainLog::~MainLog() { Close(); }
+
+MainLog::MainLog(MainLog&& other) noexcept
+    : file_(std::exchange(other.file_, nullptr)),
+      path_(std::move(other.path_)),
+      lineOpen_(other.lineOpen_),
+      pending_(std::move(other.pending_)),
+      warnings_(std::move(other.warnings_)) {}
+
+MainLog& MainLog::operator=(MainLog&& other) noexcept {
+  if (this == &other) return *this;
+  Close();
+  file_ = std::exchange(other.file_, nullptr);
+  path_ = std::move(other.path_);
+  lineOpen_ = other.lineOpen_;
+  pending_ = std::move(other.pending_);
+  warnings_ = std::move(other.warnings_);
+  return *this;
+}
 
 bool MainLog::Open(const std::string& path) {
   Close();

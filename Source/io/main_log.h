@@ -13,6 +13,9 @@ class MainLog {
   MainLog() = default;
   MainLog(const MainLog&) = delete;
   MainLog& operator=(const MainLog&) = delete;
+  // A new session takes a fresh log in place of the closed one.
+  MainLog(MainLog&& other) noexcept;
+  MainLog& operator=(MainLog&& other) noexcept;
   ~MainLog();
 
   bool Open(const std::string& path);   // false when the file can not be created

@@ -152,6 +152,16 @@ struct Options {
   std::string zmatFile;               // /ZMAT@file.gzmat: its Z-matrix
 };
 
+// File > New Session, File > Open, a recent file or a log dropped on the
+// window: the run ends without evaluation, and a new one starts in the same
+// process without a command line, on `inputName` read as `formatCode`; a
+// blank name opens the job dialog first.
+struct NextRun {
+  bool asked = false;
+  std::string inputName;
+  FormatCode formatCode = FormatCode::Automatic;
+};
+
 // Names of the files of the run.
 struct RunFiles {
   std::string inputName;
@@ -244,6 +254,7 @@ struct Session {
   // ---- View ---------------------------------------------------------------------
   ViewState view;
   bool finishLogDone = false;
+  NextRun next;                       // set by the window to start another session
 
   // ---- Where the messages go --------------------------------------------------
   MainLog log;

@@ -9,6 +9,7 @@
 #include "viewer/fragment_db.h"
 #include "viewer/editing.h"
 #include "viewer/scene.h"
+#include "viewer/session_files.h"
 #include "viewer/vibration.h"
 #include "viewer/view_model.h"
 
@@ -19,6 +20,7 @@ namespace {
 constexpr auto kMenu = std::to_array<MenuEntry>({
     {"&File", "", MenuCommand::NewSession},
     {"&File", "&New Session", MenuCommand::NewSession},
+    {"&File", "&Open...", MenuCommand::Open},
     {"&File", "Save &as (xyz, gjf, mop, inp, gzmat)", MenuCommand::SaveAs},
     {"&File", "CalcTD and &Quit", MenuCommand::CalcTDAndQuit},
     {"&File", "E&xit", MenuCommand::Exit},
@@ -325,6 +327,8 @@ Outcome DispatchMenu(Session& s, ViewerState& v, MenuCommand command, Prompts& p
     case MenuCommand::GeometryOptimization: return GeometryOptimizationCommand(s, v, prompts);
     case MenuCommand::AddFragment: AddFragmentCommand(s, v, prompts); return out;
     case MenuCommand::StoreFragment: StoreFragmentCommand(s, v, prompts); return out;
+    case MenuCommand::NewSession: return NewSessionCommand(s, v);
+    case MenuCommand::Open: return OpenCommand(s, v, prompts);
     case MenuCommand::Help: out.showHelp = true; return out;
     case MenuCommand::About:
       prompts.ShowMessage("QUINTOR v. 2.5\nA program for the molecular geometry visualization,normal mode "

@@ -61,6 +61,7 @@ enum class MenuCommand {
   Help, About,
   DisplacementArrows,  // ours
   Undo, Redo, SetInternal, SaveAs,
+  Open,  // ours: a log by the file chooser
 };
 
 // One item of the menu bar, in order; an empty `text` starts a new menu
@@ -72,7 +73,9 @@ struct MenuEntry {
 };
 std::span<const MenuEntry> MenuTable();
 
-enum class Ending { None, Exit, CalcTDAndQuit };
+// NewSession: the run closes without evaluation and the Session's `next`
+// says what the next run reads.
+enum class Ending { None, Exit, CalcTDAndQuit, NewSession };
 
 // What a command asks of the window.
 struct Outcome {

@@ -25,15 +25,15 @@ constexpr std::array<ExtName, 19> kExtNames = {{
 }};
 
 // In the order of MenuCommand.
-constexpr std::array<std::string_view, 43> kMenuNames = {
+constexpr std::array<std::string_view, 44> kMenuNames = {
     "NewSession", "CalcTDAndQuit", "Exit", "GeometryView", "VibrationView", "EditStructure", "Axes", "Perspective",
     "Labels", "Balls", "RotationStep", "TranslationStep", "PerspectiveFactor", "ViewParameters", "Thermodynamics",
     "GeometryOptimization", "NextSet", "PreviousSet", "FirstSet", "LastSet", "MarkAtomsHelp", "Connect",
     "SaveConfiguration", "ZMatrixMolecule", "Reorient", "MarkFragmentHelp", "AddFragment", "ZMatrixAtom",
     "BondOperation", "ReorientByZMatrix", "ReorientOXZ", "PlaceAtOrigin", "RemoveFragment", "SaveFragment",
     "ZMatrixFragment", "StoreFragment", "Help", "About", "DisplacementArrows", "Undo", "Redo", "SetInternal",
-    "SaveAs"};
-static_assert(static_cast<size_t>(MenuCommand::SaveAs) + 1 == kMenuNames.size());
+    "SaveAs", "Open"};
+static_assert(static_cast<size_t>(MenuCommand::Open) + 1 == kMenuNames.size());
 
 std::string Shortest(double value) {
   std::array<char, 32> buffer{};

@@ -38,6 +38,7 @@
 #include "viewer_qt/plots.h"
 #include "viewer_qt/qt_viewer.h"
 #include "viewer_qt/results_dock.h"
+#include "viewer_qt/session_menu.h"
 #include "viewer_qt/table_dialog.h"
 #include "viewer/fragment_db.h"
 
@@ -124,7 +125,10 @@ bool DialogPrompts::AskYesNo(const std::string& text) {
   return box.clickedButton() == yes;
 }
 
-int DialogPrompts::AskDialog(int number, DialogValues& values) { return RunTableDialog(number, values, parent); }
+int DialogPrompts::AskDialog(int number, DialogValues& values) {
+  if (number == OpenLogDialog) return ChooseLogFile(parent, values);
+  return RunTableDialog(number, values, parent);
+}
 
 bool DialogPrompts::Progress(const std::string& text, int value, int maximum) {
   if (!progress) {
@@ -314,6 +318,7 @@ ViewerWindow::ViewerWindow(Session& s, ViewerState& v, std::ostream* journal)
   connect(&filmTimer_, &QTimer::timeout, this, [this] { FilmFrameDue(); });
   prompts_.parent = this;
   BuildMenus();
+  BuildRecentMenu();
 
   for (const std::string& line : s.messages) messages_->appendPlainText(QString::fromStdString(line));
   // Keys and clicks during a film only feed the film's stop; its journal
@@ -462,6 +467,7 @@ bool RunWindowsWith(Session& s, const WindowServices& services) {
   std::ofstream journal(DerivedName(s.files.inputName, ".jnl"));
   ViewerWindow window(s, v, journal ? &journal : nullptr);
   window.RememberLayout();
+  RememberRecentInput(s);
   window.show();
   QApplication::exec();
   return window.ending() == Ending::CalcTDAndQuit;

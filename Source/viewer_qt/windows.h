@@ -95,12 +95,20 @@ class ViewerWindow : public QMainWindow {
   void FilmFrameDue();
   // Size and dock layout from the last run (QSettings), kept again at the close.
   void RememberLayout();
+  // A log to read in the next session (a recent file, a dropped one): as
+  // File > Open with that answer, journalled so.
+  void OpenFile(const std::string& name, FormatCode format);
+  QMenu* recentMenu() const { return recentMenu_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  // A log dropped on the window opens as by File > Open.
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   void BuildMenus();
+  void BuildRecentMenu();  // and the drops
   void ShowNewMessages();
   Session& s_;
   ViewerState& v_;
@@ -119,6 +127,7 @@ class ViewerWindow : public QMainWindow {
   size_t shownMessages_ = 0;
   Ending ending_ = Ending::None;
   bool remember_ = false;
+  QMenu* recentMenu_ = nullptr;
 };
 
 }  // namespace quintor
