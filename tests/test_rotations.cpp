@@ -111,15 +111,47 @@ TEST(Ethane, ReducedMomentIsHalfTheMethylMoment) {
   EXPECT_NEAR(After(run.r.log, " Pitzer's estimator I        ="), methyl / 2.0, 2e-3);
 }
 
+// /V0MODE: the barrier of the cosine whose bottom has the mode's frequency.
 TEST(Ethane, BarrierComesFromTheTorsionFrequency) {
-  LogRun run(Rotations("ethane_xtb.out"), {"/ARIR"});
+  LogRun run(Rotations("ethane_xtb.out"), {"/ARIR", "/V0MODE"});
   ASSERT_EQ(run.r.status, exit_status::Ok);
+  EXPECT_EQ(CountText(run.r.log, "Frequency of this torsion alone"), 0);
   const double I = After(run.r.log, " Reduced I=I1*I2/(I1+I2)     =") * rc::AtomicMassUnit * rc::BohrRadius *
                    rc::BohrRadius;
   const double nu = 300.767, n = 3.0;
   const double expected = 8.0 * rc::Pi * rc::Pi * I * std::pow(100.0 * rc::SpeedOfLight * nu, 2) * rc::Avogadro /
                           (n * n * 1000.0);
   EXPECT_NEAR(After(run.r.log, " V0 ="), expected, 2e-4);
+}
+
+// The barrier of each top comes from the curvature along its own torsion.
+// Ethane's one torsion is a normal mode of its own: that is the mode's
+// frequency (to the log's two printed digits of the vectors). Neopentane's
+// four methyl torsions are pure A2 + T1 combinations (163 and 3 x 241 cm-1):
+// each torsion alone has sqrt((163^2 + 3 241^2) / 4) = 224.0 cm-1, whichever
+// combination its rotor replaces (/V0MODE gives that in-phase one 7 kJ/mol).
+TEST(Barrier, EachTorsionHasItsOwnCurvature) {
+  LogRun ethane(Rotations("ethane_xtb.out"), {"/ARIR"});
+  ASSERT_EQ(ethane.r.status, exit_status::Ok);
+  EXPECT_NEAR(After(ethane.r.log, "Frequency of this torsion alone (the other torsions held):"), 300.767, 0.1);
+  LogRun neo(Rotations("neopentane_xtb.out"), {"/ARIR"});
+  ASSERT_EQ(neo.r.status, exit_status::Ok);
+  const auto& rotors = neo.s.thermo.report.rotors;
+  ASSERT_EQ(rotors.size(), 4u);
+  const double a2 = 163.3425, t1 = 240.9100;
+  const double alone = std::sqrt((a2 * a2 + 3.0 * t1 * t1) / 4.0);
+  const double I0 = After(neo.r.log, " Pitzer's estimator I0       =") * rc::AtomicMassUnit * rc::BohrRadius *
+                    rc::BohrRadius;
+  const double V0 = 8.0 * rc::Pi * rc::Pi * I0 * std::pow(100.0 * rc::SpeedOfLight * alone, 2) * rc::Avogadro /
+                    (9.0 * 1000.0);
+  for (const RotorRecord& r : rotors) {
+    EXPECT_NEAR(r.v0Star, V0, 0.1);
+    EXPECT_EQ(r.v0Star, r.v0StarStar);
+  }
+  LogRun old(Rotations("neopentane_xtb.out"), {"/ARIR", "/V0MODE"});
+  double lowest = 1e9;
+  for (const RotorRecord& r : old.s.thermo.report.rotors) lowest = std::min(lowest, r.v0StarStar);
+  EXPECT_LT(lowest, 7.5);
 }
 
 // At 10 K the barrier is far beyond the tables' 20 RT: the exact quantum

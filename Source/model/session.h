@@ -97,6 +97,7 @@ struct Options {
   bool recalcFreq = false;
   bool arir = false;
   bool nrotProduct = false;           // /NROTPRODUCT: NRot = n1 n2, not lcm(n1, n2)
+  bool barrierOfMode = false;         // /V0MODE: V0 from the tied mode's frequency, not the torsion's own curvature
   bool noLog = false;
   bool noGraphics = false;            // /0
   bool raman = false;

@@ -16,6 +16,7 @@
 #include "rotations/engine_scan.h"
 #include "rotations/generated_coordinates.h"
 #include "rotations/mode_assignment.h"
+#include "rotations/torsion_curvature.h"
 
 namespace quintor {
 
@@ -239,8 +240,15 @@ void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log, int number)
     r.V0StarStar = BarrierFromFrequency(MomentSI(r.I), nu, r.n);
     log.Line(" WARNING! Rotation barrier is estimated by vibration frequency of" + FmtX(9) + " : Freq(" +
              FmtI(r.mode, 2) + ")= " + FmtF(nu, 7, 2) + " cm-1");
+    if (r.torsionFreq != 0.0) {
+      // One barrier, from the curvature along this torsion alone: V0 = 2 k / n^2, k = I0 w^2.
+      r.V0Star = r.V0StarStar = BarrierFromFrequency(MomentSI(r.I0), r.torsionFreq, r.n);
+      log.Line(" Frequency of this torsion alone (the other torsions held): " + FmtF(r.torsionFreq, 7, 2) +
+               " cm-1, with I0");
+    }
     const std::string who = " WARNING! Internal rotation" + FmtI(number, 3) + " (mode" + FmtI(r.mode, 4) + ")";
-    if (!(nu > 0.0)) {
+    if (!(nu > 0.0) || r.torsionFreq < 0.0) {
+      r.V0Star = r.V0StarStar = 0.0;
       log.Line(who + ": the torsion's frequency is imaginary, V0 = 0: it is taken as a free rotor");
     } else if (std::max(r.V0Star, r.V0StarStar) > MostBarrierFromFrequency) {
       r.harmonic = true;
@@ -432,7 +440,12 @@ void HinderedRotors::Prepare(Session& s) {
   for (size_t i = 0; i < rotors_.size(); ++i) {
     rotors_[i].I0 = k.I0[i];
     rotors_[i].I = k.I[i];
+
     GuardEstimator(s.log, static_cast<int>(i + 1), rotors_[i]);
+  }
+  if (!s.opt.barrierOfMode) {
+    const std::vector<double> nu = TorsionFrequencies(s.modes, masses, xyz, groups, axes, kFirstVibration);
+    for (size_t i = 0; i < rotors_.size(); ++i) rotors_[i].torsionFreq = nu[i];
   }
   for (size_t i = 0; i < rotors_.size(); ++i) WriteMoments(s, static_cast<int>(i + 1), rotors_[i]);
   WriteKinematics(s, rotors_, k);

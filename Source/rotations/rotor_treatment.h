@@ -34,6 +34,10 @@ struct Rotor {
   double V0Star = 0.0, V0StarStar = 0.0;  // the barrier used with each moment, kJ/mol
   CosinePotential series;  // the curve of a potential (READP, /SCAN); empty: the cosine of V0
   bool harmonic = false;  // the barrier is implausible: every model is the vibration
+  // The frequency of this torsion alone (cm-1, torsion_curvature.h), whose
+  // barrier with I0 stands for both moments; 0: the tied mode's frequency
+  // with each moment (/V0MODE, as the earlier program).
+  double torsionFreq = 0.0;
   std::array<QuantumLevels, 2> levels;  // of the quantum rotor with I(*) and I(**), built when first needed
 };
 
