@@ -17,6 +17,7 @@
 #include "rotations/recognition.h"
 #include "rotations/reduced_moment.h"
 #include "rotations/rotor_treatment.h"
+#include "rotations/torsion_curvature.h"
 #include "test_support.h"
 
 namespace quintor {
@@ -152,6 +153,20 @@ TEST(Barrier, EachTorsionHasItsOwnCurvature) {
   double lowest = 1e9;
   for (const RotorRecord& r : old.s.thermo.report.rotors) lowest = std::min(lowest, r.v0StarStar);
   EXPECT_LT(lowest, 7.5);
+}
+
+// Gaussian prints Cartesian displacements, xtb's g98.out mass-weighted
+// vectors (its modes are orthogonal as printed, to 0.015 at two decimals).
+TEST(Barrier, ModesAreReadAsTheProgramPrintedThem) {
+  LogRun xtb(Rotations("propane_xtb.out"));
+  ASSERT_EQ(xtb.r.status, exit_status::Ok);
+  const std::vector<double> m(xtb.s.atomMass.begin(), xtb.s.atomMass.begin() + xtb.s.nAtoms);
+  EXPECT_TRUE(ModesAreMassWeighted(xtb.s.modes, m, 7));
+  SKIP_WITHOUT_TESTDATA();
+  LogRun g16(TestData("gaussian16/water_opt_freq.log"));
+  ASSERT_EQ(g16.r.status, exit_status::Ok);
+  const std::vector<double> mw(g16.s.atomMass.begin(), g16.s.atomMass.begin() + g16.s.nAtoms);
+  EXPECT_FALSE(ModesAreMassWeighted(g16.s.modes, mw, 7));
 }
 
 // At 10 K the barrier is far beyond the tables' 20 RT: the exact quantum

@@ -49,6 +49,13 @@ double LargestOverlap(const std::vector<Flat>& l) {
 
 }  // namespace
 
+bool ModesAreMassWeighted(const std::vector<VibMode>& modes, const std::vector<double>& masses, int firstMode) {
+  std::vector<const VibMode*> used;
+  for (size_t m = static_cast<size_t>(std::max(firstMode, 1)) - 1; m < modes.size(); ++m)
+    if (modes[m].given && modes[m].disp.size() >= masses.size()) used.push_back(&modes[m]);
+  return LargestOverlap(UnitModes(used, masses, false)) < LargestOverlap(UnitModes(used, masses, true));
+}
+
 std::vector<double> TorsionFrequencies(const std::vector<VibMode>& modes, const std::vector<double>& masses,
                                        const std::vector<Vec3>& xyz, const std::vector<std::vector<int>>& groups,
                                        const std::vector<AxisPoints>& axes, int firstMode) {
@@ -58,9 +65,7 @@ std::vector<double> TorsionFrequencies(const std::vector<VibMode>& modes, const 
   for (size_t m = static_cast<size_t>(std::max(firstMode, 1)) - 1; m < modes.size(); ++m)
     if (modes[m].given && modes[m].disp.size() >= n && std::fabs(modes[m].scaledFreq) > 1e-6) used.push_back(&modes[m]);
   if (used.empty() || nRot == 0) return nu;
-  std::vector<Flat> l = UnitModes(used, masses, true);
-  std::vector<Flat> asGiven = UnitModes(used, masses, false);
-  if (LargestOverlap(asGiven) < LargestOverlap(l)) l.swap(asGiven);
+  const std::vector<Flat> l = UnitModes(used, masses, !ModesAreMassWeighted(modes, masses, firstMode));
   // a(i, k) = L_k . u_i; the overall part of u_i is outside every mode.
   std::vector<Flat> a(nRot, Flat(used.size(), 0.0));
   for (size_t i = 0; i < nRot; ++i) {

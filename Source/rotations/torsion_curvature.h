@@ -28,6 +28,11 @@ namespace quintor {
 // `firstMode` (1-based) on with their `scaledFreq`. Gaussian prints Cartesian
 // displacements, xtb's g98.out mass-weighted ones: the reading whose modes
 // are the more nearly orthogonal decides.
+// Whether the modes from `firstMode` (1-based) on are printed mass-weighted
+// (xtb's g98.out) rather than as Cartesian displacements (Gaussian): that
+// reading makes them the more nearly orthogonal.
+bool ModesAreMassWeighted(const std::vector<VibMode>& modes, const std::vector<double>& masses, int firstMode);
+
 std::vector<double> TorsionFrequencies(const std::vector<VibMode>& modes, const std::vector<double>& masses,
                                        const std::vector<Vec3>& xyz, const std::vector<std::vector<int>>& groups,
                                        const std::vector<AxisPoints>& axes, int firstMode);
