@@ -287,6 +287,27 @@ TEST(Propane, JsonNamesTheRotorsAndTheModels) {
   EXPECT_NEAR(r.totalsByModel[0].tot.s, r.tot.s, 1e-9);
 }
 
+const ModelTotals& Model(const ThermoReport& r, const std::string& name);
+
+// The quantum temperature table: at 10 K ethane's torsion sits in its well,
+// where the exact rotor is the oscillator of the same curvature (the mode's
+// own frequency), so its rows meet the plain run's; at 500 K it is the full
+// evaluation's quantum total at 500 K.
+TEST(Ethane, QuantumTemperatureTable) {
+  LogRun plain(Rotations("ethane_xtb.out"));
+  LogRun run(Rotations("ethane_xtb.out"), {"/ARIR", "/JSON"});
+  LogRun at500(Rotations("ethane_xtb.out"), {"/ARIR", "/TT500"});
+  ASSERT_EQ(run.r.status, exit_status::Ok);
+  const auto& rows = run.s.thermo.report.fixedTable;
+  ASSERT_EQ(rows.size(), 50u);
+  EXPECT_NEAR(rows[0].quantum.s, plain.s.thermo.report.fixedTable[0].tot.s, 1e-3);
+  EXPECT_NEAR(rows[0].quantum.cv, plain.s.thermo.report.fixedTable[0].tot.cv, 1e-3);
+  EXPECT_NEAR(rows[49].quantum.s, Model(at500.s.thermo.report, "quantum").tot.s, 1e-9);
+  EXPECT_EQ(CountText(run.r.log, " internal rotations as exact quantum rotors, I(**)):\n"), 1);
+  const std::string json = ReadFile(std::filesystem::path(run.copy).replace_extension(".json"));
+  EXPECT_NE(json.find("\"model\": \"quantum\""), std::string::npos);
+}
+
 // The Monte Carlo table's ln Q counts from the zero-point energy of the
 // modes that stay vibrations. At 10 K the classical torsion sits in its well
 // with Q = kT/(h c nu) against the quantum one's 1: the two tables differ by

@@ -604,10 +604,14 @@ int HinderedRotors::Evaluate(Session& s, bool quiet) {
     WriteEnergies(s, t.zpeTot, columns_, monteCarlo_);
     RecordRotors(s, rotors_, results_, columns_, monteCarlo_);
   }
-  row_ = columns_[PitzerStarStarColumn];
   const double RT = rc::GasConstant * T / 1000.0;
-  row_.lnQ = -((row_.g - t.zpeTot) - RT) / RT;
-  row_.q = std::exp(row_.lnQ);
+  const auto withQ = [&](TDResult r) {
+    r.lnQ = -((r.g - t.zpeTot) - RT) / RT;
+    r.q = std::exp(r.lnQ);
+    return r;
+  };
+  row_ = withQ(columns_[PitzerStarStarColumn]);
+  quantumRow_ = withQ(columns_[QuantumStarStarColumn]);
   return Count();
 }
 

@@ -88,6 +88,7 @@ class HinderedRotors final : public RotationTreatment {
   int Evaluate(Session& s, bool quiet) override;
   int Count() const override { return static_cast<int>(rotors_.size()); }
   TDResult RowTotals() const override { return row_; }
+  TDResult QuantumRowTotals() const override { return quantumRow_; }
   double ErrorPercent() const override { return errorPercent_; }
   const std::vector<Rotor>& Rotors() const { return rotors_; }
   const std::vector<RotorResult>& Results() const { return results_; }
@@ -104,7 +105,7 @@ class HinderedRotors final : public RotationTreatment {
   std::vector<RotorResult> results_;
   std::array<TDResult, RotorColumnCount> columns_{};
   std::vector<bool> warnedQuantum_;  // the quantum rotor stood in for the tables: said once per rotor
-  TDResult row_;
+  TDResult row_, quantumRow_;
   double errorPercent_ = 0.0;
   std::optional<TDResult> monteCarlo_;  // column 6 of the last evaluation
   std::vector<TorsionRotor> torsions_;
