@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -363,6 +364,21 @@ TEST(MonteCarloRun, FillsTheSixthColumnAndTheReport) {
   const std::vector<std::string> s = Words(LineWith(log, " S,  J/K/mol="));
   ASSERT_EQ(s.size(), 10u);
   EXPECT_NEAR(Num(s[9]), Num(s[6]), 1.0);
+}
+
+// Fifteen rotors give Z far beyond a fixed field: each number still reads back.
+TEST(MonteCarloRun, ReportHoldsAnyZ) {
+  MonteCarloResult r;
+  r.Z = {3.5, 1.0e12, 2.5e40, 7.0e90, 0.25};
+  r.sigmaZ = {0.1, 2.0e10, 1.0e38, 3.0e88, 0.01};
+  std::ostringstream out;
+  WriteMonteCarloReport(out, r, 1000, 15, {1, 2});
+  const std::string text = out.str();
+  EXPECT_EQ(text.find('*'), std::string::npos);
+  const std::vector<std::string> z = Words(LineWith(text, " Z         ="));
+  ASSERT_EQ(z.size(), 10u);  // Z, =, Z(T), (, five values, )
+  for (int j = 0; j < 5; ++j) EXPECT_NEAR(std::stod(z[4 + j]) / r.Z[j], 1.0, 1e-6) << z[4 + j];
+  EXPECT_NEAR(std::stod(z[2]) / r.Z[2], 1.0, 1e-6);
 }
 
 TEST(MonteCarloRun, WithoutIrmcTheSixthValueIsAbsent) {

@@ -35,10 +35,10 @@ json Contribution(const TDResult& r) {
           {"H", r.h}, {"S", r.s},     {"G", r.g}};
 }
 
-json Table(const std::vector<TableRow>& rows) {
+json Table(const std::vector<TableRow>& rows, bool quantum = false) {
   json t = json::array();
   for (const TableRow& row : rows) {
-    json r = Contribution(row.tot);
+    json r = Contribution(quantum ? row.quantum : row.tot);
     r["T"] = row.temperature;
     t.push_back(std::move(r));
   }
@@ -350,6 +350,10 @@ std::string ResultsJson(const Session& s, int status) {
   j["temperature_tables"] = r.evaluated && HasVibrations(s)
                                 ? json{{"model", r.tableModel}, {"fixed", Table(r.fixedTable)}, {"requested", Table(r.requestedTable)}}
                                 : json(nullptr);
+  j["temperature_tables_quantum"] =
+      r.evaluated && HasVibrations(s) && !r.rotors.empty()
+          ? json{{"model", "quantum"}, {"fixed", Table(r.fixedTable, true)}, {"requested", Table(r.requestedTable, true)}}
+          : json(nullptr);
   j["engine"] = EngineJson(s);
   j["warnings"] = WarningsOf(s);
   return j.dump(2);

@@ -24,6 +24,7 @@ struct TDResult {
 struct TableRow {
   double temperature = 0.0;  // K
   TDResult tot;
+  TDResult quantum;  // the rotations as exact quantum rotors with I(**); tot without rotations
 };
 
 // One temperature of the Monte Carlo treatment of the rotations.
@@ -115,6 +116,7 @@ struct ThermoState {
   double fmom = 0.0;                 // its Helmholz free energy, kJ/mol
   TDResult elec, tran, rot, vib, tot;
   TDResult tableRow;                 // what the last quiet evaluation printed as its row
+  TDResult quantumTableRow;          // and its totals with the rotations as quantum rotors
   TableResMC monteCarlo;             // filled by the evaluations under /IRMC
 
   // The last inertia tensor handed to the eigensolver and its eigenvalues:

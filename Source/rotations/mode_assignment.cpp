@@ -7,6 +7,7 @@
 #include "io/fortran_io.h"
 #include "numeric/jacobi.h"
 #include "numeric/lapack.h"
+#include "rotations/torsion_curvature.h"
 
 namespace quintor {
 
@@ -107,11 +108,14 @@ ModeExpansion ExpandInRotations(const std::vector<VibMode>& modes, const std::ve
   for (int i = 0; i < nRot; ++i)
     for (int j = 0; j < nRot; ++j) gram[static_cast<size_t>(j) * nRot + i] = Dot(rot[i], rot[j]);
 
+  // xtb's g98.out prints the modes mass-weighted already.
+  const std::vector<double> unit(nAtoms, 1.0);
+  const std::vector<double>& weights = ModesAreMassWeighted(modes, masses, firstMode) ? unit : masses;
   for (int m = std::max(firstMode, 1); m <= static_cast<int>(modes.size()); ++m) {
     const VibMode& mode = modes[m - 1];
     if (mode.disp.size() < nAtoms) continue;
     std::vector<Vec3> d(mode.disp.begin(), mode.disp.begin() + static_cast<long>(nAtoms));
-    Flat v = MassWeighted(d, masses, excluded);
+    Flat v = MassWeighted(d, weights, excluded);
     Normalise(v);
     std::vector<double> a = gram, b(nRot);
     for (int r = 0; r < nRot; ++r) b[r] = Dot(rot[r], v);

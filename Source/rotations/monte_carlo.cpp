@@ -566,9 +566,10 @@ void WriteMonteCarloReport(std::ostream& out, const MonteCarloResult& r, long lo
   out << " MC trials   = " << FmtI(trials, 10) << "\n";
   out << " Random seeds= " << FmtI(seeds.seed1, 10) << FmtI(seeds.seed2, 10) << "\n";
   out << " T, K      =" << FmtF(r.T, 15, 5) << "\n";
+  // Z of 15 rotors reaches 1e10 and beyond: exponent form fits any.
   const auto five = [&](const char* label, double at, const std::array<double, 5>& v) {
-    out << label << FmtF(at, 15, 5) << "  (";
-    for (double x : v) out << FmtF(x, 15, 5);
+    out << label << FmtE(at, 15, 6) << "  (";
+    for (double x : v) out << FmtE(x, 15, 6);
     out << " )\n";
   };
   five(" Z         =", r.Z[2], r.Z);

@@ -16,6 +16,7 @@
 #include "rotations/engine_scan.h"
 #include "rotations/generated_coordinates.h"
 #include "rotations/mode_assignment.h"
+#include "rotations/torsion_curvature.h"
 
 namespace quintor {
 
@@ -242,8 +243,15 @@ void ChooseBarrier(Rotor& r, double nu, bool autoFold, MainLog& log, int number)
     r.V0StarStar = BarrierFromFrequency(MomentSI(r.I), nu, r.n);
     log.Line(" WARNING! Rotation barrier is estimated by vibration frequency of" + FmtX(9) + " : Freq(" +
              FmtI(r.mode, 2) + ")= " + FmtF(nu, 7, 2) + " cm-1");
+    if (r.torsionFreq != 0.0) {
+      // One barrier, from the curvature along this torsion alone: V0 = 2 k / n^2, k = I0 w^2.
+      r.V0Star = r.V0StarStar = BarrierFromFrequency(MomentSI(r.I0), r.torsionFreq, r.n);
+      log.Line(" Frequency of this torsion alone (the other torsions held): " + FmtF(r.torsionFreq, 7, 2) +
+               " cm-1, with I0");
+    }
     const std::string who = " WARNING! Internal rotation" + FmtI(number, 3) + " (mode" + FmtI(r.mode, 4) + ")";
-    if (!(nu > 0.0)) {
+    if (!(nu > 0.0) || r.torsionFreq < 0.0) {
+      r.V0Star = r.V0StarStar = 0.0;
       log.Line(who + ": the torsion's frequency is imaginary, V0 = 0: it is taken as a free rotor");
     } else if (std::max(r.V0Star, r.V0StarStar) > MostBarrierFromFrequency) {
       r.harmonic = true;
@@ -457,7 +465,12 @@ void HinderedRotors::Prepare(Session& s) {
   for (size_t i = 0; i < rotors_.size(); ++i) {
     rotors_[i].I0 = k.I0[i];
     rotors_[i].I = k.I[i];
+
     GuardEstimator(s.log, static_cast<int>(i + 1), rotors_[i]);
+  }
+  if (!s.opt.barrierOfMode) {
+    const std::vector<double> nu = TorsionFrequencies(s.modes, masses, xyz, groups, axes, kFirstVibration);
+    for (size_t i = 0; i < rotors_.size(); ++i) rotors_[i].torsionFreq = nu[i];
   }
   for (size_t i = 0; i < rotors_.size(); ++i) WriteMoments(s, static_cast<int>(i + 1), rotors_[i]);
   WriteKinematics(s, rotors_, k);
@@ -617,10 +630,14 @@ int HinderedRotors::Evaluate(Session& s, bool quiet) {
     WriteEnergies(s, t.zpeTot, columns_, monteCarlo_);
     RecordRotors(s, rotors_, results_, columns_, monteCarlo_);
   }
-  row_ = columns_[PitzerStarStarColumn];
   const double RT = rc::GasConstant * T / 1000.0;
-  row_.lnQ = -((row_.g - t.zpeTot) - RT) / RT;
-  row_.q = std::exp(row_.lnQ);
+  const auto withQ = [&](TDResult r) {
+    r.lnQ = -((r.g - t.zpeTot) - RT) / RT;
+    r.q = std::exp(r.lnQ);
+    return r;
+  };
+  row_ = withQ(columns_[PitzerStarStarColumn]);
+  quantumRow_ = withQ(columns_[QuantumStarStarColumn]);
   return Count();
 }
 

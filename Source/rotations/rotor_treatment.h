@@ -35,6 +35,10 @@ struct Rotor {
   CosinePotential series;  // the curve of a potential (READP, /SCAN); empty: the cosine of V0
   bool harmonic = false;  // the barrier is implausible: every model is the vibration
   bool userBarrier = false;  // the user's one V0 for all rotations stands in for any other
+  // The frequency of this torsion alone (cm-1, torsion_curvature.h), whose
+  // barrier with I0 stands for both moments; 0: the tied mode's frequency
+  // with each moment (/V0MODE, as the earlier program).
+  double torsionFreq = 0.0;
   std::array<QuantumLevels, 2> levels;  // of the quantum rotor with I(*) and I(**), built when first needed
 };
 
@@ -100,6 +104,7 @@ class HinderedRotors final : public RotationTreatment {
   int Evaluate(Session& s, bool quiet) override;
   int Count() const override { return static_cast<int>(rotors_.size()); }
   TDResult RowTotals() const override { return row_; }
+  TDResult QuantumRowTotals() const override { return quantumRow_; }
   double ErrorPercent() const override { return errorPercent_; }
   const std::vector<Rotor>& Rotors() const { return rotors_; }
   const std::vector<RotorResult>& Results() const { return results_; }
@@ -116,7 +121,7 @@ class HinderedRotors final : public RotationTreatment {
   std::vector<RotorResult> results_;
   std::array<TDResult, RotorColumnCount> columns_{};
   std::vector<bool> warnedQuantum_;  // the quantum rotor stood in for the tables: said once per rotor
-  TDResult row_;
+  TDResult row_, quantumRow_;
   double errorPercent_ = 0.0;
   std::optional<TDResult> monteCarlo_;  // column 6 of the last evaluation
   std::vector<TorsionRotor> torsions_;

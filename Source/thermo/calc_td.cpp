@@ -38,9 +38,22 @@ void TableRows(Session& s, double first, double step, long long count, std::vect
   for (long long k = 0; k < count; ++k) {
     s.opt.temperature = T;
     ThermoAtTP(s, true, rotations);
-    rows.push_back({T, s.thermo.tableRow});
+    rows.push_back({T, s.thermo.tableRow, s.thermo.quantumTableRow});
     T += step;
   }
+}
+
+// The rows again with the rotations as exact quantum rotors.
+void QuantumTable(Session& s, std::string_view which, int nRot, const std::vector<TableRow>& rows) {
+  s.log.Line(" Thermodynamics at " + std::string(which) + " temperatures (" + FmtI(nRot, 2) +
+             " internal rotations as exact quantum rotors, I(**)):");
+  TableHead(s);
+  for (const TableRow& row : rows) {
+    const TDResult& r = row.quantum;
+    s.log.Line(FmtF(row.temperature, 10, 3) + FmtF(r.cv, 10, 3) + FmtF(r.cp, 10, 3) + FmtF(r.u, 10, 3) +
+               FmtF(r.h, 10, 3) + FmtF(r.s, 10, 3) + FmtF(r.g, 10, 3) + FmtE(r.q, 15, 5) + FmtF(r.lnQ, 12, 5));
+  }
+  s.log.Line(Ruler97);
 }
 
 void MonteCarloBlock(Session& s, const std::vector<MonteCarloRow>& rows, size_t from) {
@@ -127,6 +140,7 @@ void CalcTD(Session& s, bool structureEdited, RotationTreatment* rotations) {
   s.opt.genCoordAngle = 0.0;
   TableRows(s, 10.0, 10.0, 50, report.fixedTable, rotations);
   s.log.Line(Ruler97);
+  if (nRot > 0) QuantumTable(s, "various", nRot, report.fixedTable);
   if (monteCarlo) MonteCarloTables(s, 0);
   const size_t monteCarloRows = s.thermo.monteCarlo.rotations.size();
 
@@ -144,6 +158,7 @@ void CalcTD(Session& s, bool structureEdited, RotationTreatment* rotations) {
   const auto count = static_cast<long long>((step - first + last) / step);
   TableRows(s, first, step, count, report.requestedTable, rotations);
   s.log.Line(Ruler97);
+  if (nRot > 0) QuantumTable(s, "requested", nRot, report.requestedTable);
   if (monteCarlo) MonteCarloTables(s, monteCarloRows);
   if (structureEdited) EditedWarning(s, "were");
 }

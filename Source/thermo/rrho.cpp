@@ -444,6 +444,7 @@ void ThermoAtTP(Session& s, bool quiet, RotationTreatment* rotations) {
                   "% errors during Pitzer interpolation. Data for the given T can be erroneous!";
     }
     t.tableRow = r;
+    t.quantumTableRow = nRot > 0 ? rotations->QuantumRowTotals() : r;
     for (auto [name, v] : {std::pair{"CV", r.cv}, {"CP", r.cp}, {"U", r.u}, {"H", r.h}, {"S", r.s}, {"G", r.g},
                            {"Q", r.q}, {"ln(Q)", r.lnQ}})
       if (!std::isfinite(v))

@@ -25,6 +25,8 @@ class RotationTreatment {
   // The totals with the rotations of the last evaluation, the column a table
   // row shows, its Q rebuilt from G; and the share of failed table look-ups.
   virtual TDResult RowTotals() const = 0;
+  // The same totals with the rotations as exact quantum rotors, I(**).
+  virtual TDResult QuantumRowTotals() const { return RowTotals(); }
   virtual double ErrorPercent() const = 0;  // per cent
 };
 
