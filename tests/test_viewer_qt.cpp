@@ -429,6 +429,8 @@ TEST(ViewerQt, ProgressDialogShowsTheCycleAndTakesCancel) {
   EXPECT_FALSE(prompts.Progress(" Cycle    3", 3, 30));
   prompts.EndProgress();
   EXPECT_EQ(prompts.progress, nullptr);
+}
+
 // ---- Another session from the window: a drop, the recent files, File > Open ----
 
 namespace {
