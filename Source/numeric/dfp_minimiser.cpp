@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "numeric/vecn.h"
+
 namespace quintor {
 
 namespace {
 
-double Dot(const std::vector<double>& a, const std::vector<double>& b) {
-  double s = 0;
-  for (size_t i = 0; i < a.size(); ++i) s += a[i] * b[i];
-  return s;
-}
+using vecn::Dot;
 
 double MaxAbs(const std::vector<double>& a) {
   double m = 0;

@@ -7,6 +7,7 @@
 #include "io/fortran_io.h"
 #include "numeric/jacobi.h"
 #include "numeric/lapack.h"
+#include "numeric/vecn.h"
 #include "rotations/torsion_curvature.h"
 
 namespace quintor {
@@ -17,17 +18,8 @@ namespace {
 
 using Flat = std::vector<double>;  // 3 n mass-weighted components
 
-double Dot(const Flat& a, const Flat& b) {
-  double s = 0.0;
-  for (size_t k = 0; k < a.size(); ++k) s += a[k] * b[k];
-  return s;
-}
-
-void Normalise(Flat& a) {
-  const double n = std::sqrt(Dot(a, a));
-  if (n > 0.0)
-    for (double& v : a) v /= n;
-}
+using vecn::Dot;
+using vecn::Normalise;
 
 // Translations and rotations of the whole molecule, orthonormal; the one
 // about the axis of a linear molecule has no length and is left out.

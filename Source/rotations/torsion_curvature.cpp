@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "numeric/lapack.h"
+#include "numeric/vecn.h"
 
 namespace quintor {
 
@@ -13,17 +14,8 @@ namespace {
 
 using Flat = std::vector<double>;
 
-double Dot(const Flat& a, const Flat& b) {
-  double s = 0.0;
-  for (size_t k = 0; k < a.size(); ++k) s += a[k] * b[k];
-  return s;
-}
-
-void Normalise(Flat& a) {
-  const double n = std::sqrt(Dot(a, a));
-  if (n > 0.0)
-    for (double& v : a) v /= n;
-}
+using vecn::Dot;
+using vecn::Normalise;
 
 // The modes as unit vectors in mass-weighted space, read as Cartesian
 // displacements (times sqrt m) or as they stand.
