@@ -358,14 +358,14 @@ TEST(ViewerQt, EnergyPlotGoesToTheClickedSet) {
 }
 
 // The thermochemistry dock of a run with frequencies: its text and four
-// plots, a line per model's table (Pitzer-Gwinn and Monte Carlo for ethane's
+// plots, a line per model's table (Pitzer-Gwinn, quantum and Monte Carlo for ethane's
 // methyl rotation, the harmonic table alone without /ARIR).
 TEST(ViewerQt, ThermochemistryDockHasFourPlotsWithALinePerModel) {
   struct Case {
     std::vector<std::string> options;
     std::vector<QString> names;
   };
-  for (const Case& c : {Case{{"/ARIR", "/IRMC2000"}, {"Pitzer-Gwinn", "Monte Carlo"}}, Case{{}, {"Harmonic"}}}) {
+  for (const Case& c : {Case{{"/ARIR", "/IRMC2000"}, {"Pitzer-Gwinn", "Quantum rotor", "Monte Carlo"}}, Case{{}, {"Harmonic"}}}) {
     LogRun run(TestInput("rotations/ethane_xtb.out"), c.options);
     ASSERT_EQ(run.r.status, 0);
     EnsureQtApplication(true);

@@ -175,7 +175,8 @@ double At(const nlohmann::json& j, const char* key) { return j.at(key).get<doubl
 
 // Ethane with its methyl rotation: the totals at T and P and each model's are
 // the JSON report's; the Etot sums and E+G of every model the MainLog's;
-// the curves are the Pitzer-Gwinn table and the Monte Carlo one.
+// the curves are the Pitzer-Gwinn table, the same rows with quantum rotors
+// and the Monte Carlo table.
 TEST(ResultsSummary, IsWhatTheJsonAndTheMainLogPrint) {
   LogRun run(TestInput("rotations/ethane_xtb.out"), {"/ARIR", "/IRMC2000", "/JSON"});
   ASSERT_EQ(run.r.status, 0);
@@ -218,8 +219,12 @@ TEST(ResultsSummary, IsWhatTheJsonAndTheMainLogPrint) {
   EXPECT_NEAR(sum(" Gtot"), After(run.r.log, " Etot+Gtot   = "), 5e-9);
 
   const auto& fixed = json.at("temperature_tables").at("fixed");
-  ASSERT_EQ(t.curves.size(), 2u);
+  const auto& quantum = json.at("temperature_tables_quantum").at("fixed");
+  ASSERT_EQ(t.curves.size(), 3u);
   const ThermoCurve& pg = t.curves[0];
+  const ThermoCurve& qr = t.curves[1];
+  EXPECT_EQ(qr.model, "quantum");
+  ASSERT_EQ(qr.temperature.size(), quantum.size());
   EXPECT_EQ(pg.model, "pitzer_gwinn");
   ASSERT_EQ(pg.temperature.size(), fixed.size());
   for (size_t k = 0; k < fixed.size(); ++k) {
@@ -228,9 +233,11 @@ TEST(ResultsSummary, IsWhatTheJsonAndTheMainLogPrint) {
     EXPECT_EQ(pg.s[k], At(fixed[k], "S"));
     EXPECT_EQ(pg.h[k], At(fixed[k], "H"));
     EXPECT_EQ(pg.g[k], At(fixed[k], "G"));
+    EXPECT_EQ(qr.s[k], At(quantum[k], "S"));
+    EXPECT_EQ(qr.g[k], At(quantum[k], "G"));
   }
   // Monte Carlo: the table's 50 temperatures and the run's own 298.15 K.
-  const ThermoCurve& mc = t.curves[1];
+  const ThermoCurve& mc = t.curves[2];
   EXPECT_EQ(mc.model, "monte_carlo");
   ASSERT_EQ(mc.temperature.size(), fixed.size() + 1);
   const auto& rows = run.s.thermo.monteCarlo.totals;

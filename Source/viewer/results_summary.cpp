@@ -44,6 +44,8 @@ ThermoSummary SummariseThermochemistry(const Session& s) {
   std::vector<TableRow> rows = r.fixedTable;
   rows.insert(rows.end(), r.requestedTable.begin(), r.requestedTable.end());
   if (!rows.empty()) t.curves.push_back(CurveOf(r.tableModel, rows, [](const TableRow& row) { return row.tot; }));
+  if (!rows.empty() && !r.rotors.empty())  // the same rows with the rotations as exact quantum rotors
+    t.curves.push_back(CurveOf("quantum", rows, [](const TableRow& row) { return row.quantum; }));
   const auto& mc = s.thermo.monteCarlo.totals;
   if (!mc.empty()) t.curves.push_back(CurveOf("monte_carlo", mc, [](const MonteCarloRow& row) { return row.f; }));
   return t;
