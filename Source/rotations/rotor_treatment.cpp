@@ -465,7 +465,6 @@ void HinderedRotors::Prepare(Session& s) {
   for (size_t i = 0; i < rotors_.size(); ++i) {
     rotors_[i].I0 = k.I0[i];
     rotors_[i].I = k.I[i];
-
     GuardEstimator(s.log, static_cast<int>(i + 1), rotors_[i]);
   }
   if (!s.opt.barrierOfMode) {
