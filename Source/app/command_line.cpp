@@ -26,7 +26,7 @@ enum class Opt {
   GAM4, GAM5, GAM7, GAMUS, G94, G98, G03, G09, PRIR, CFOUR, GZ, GXYZ, PAT, HB, FX, RX, FP, C,
   SPEC, THERMO, VIEWFILE, VIEW, SCALE, SYMEPS, NOSYM, NOLOG, NOE, RAMAN, NOGRAPHICS, MULT, IRMC, JSON, CSV, SNAP,
   CHARGE, ENGINE, HOF, GEOOPT, SCAN, MODE, DISTORT, SPECTRUM, PLAY, QS, QH, QT, CONC, SCALEAUTO, NROTPRODUCT, UHF, SAVE, ZMAT, BOLTZ,
-  V0MODE
+  V0TORSION
 };
 
 struct OptionWord {
@@ -45,7 +45,7 @@ constexpr auto kOptions = std::to_array<OptionWord>({
     {"/HB", Opt::HB},          {"/FX", Opt::FX},          {"/RX", Opt::RX},          {"/FP", Opt::FP},
     {"/CSV@", Opt::CSV},       {"/JSON", Opt::JSON},      {"/CHARGE", Opt::CHARGE},  {"/CONC", Opt::CONC},
     {"/C", Opt::C},
-    {"/V0MODE", Opt::V0MODE},  // before /V
+    {"/V0TORSION", Opt::V0TORSION},  // before /V
     {"/@", Opt::SPEC},         {"/THERMO", Opt::THERMO},  {"/V@", Opt::VIEWFILE},    {"/V", Opt::VIEW},
     {"/SCALEAUTO", Opt::SCALEAUTO}, {"/SCALE", Opt::SCALE},    {"/SYMEPS", Opt::SYMEPS},  {"/NOSYM", Opt::NOSYM},    {"/NOLOG", Opt::NOLOG},
     {"/NOE", Opt::NOE},        {"/RAMAN", Opt::RAMAN},    {"/0", Opt::NOGRAPHICS},   {"/MULT", Opt::MULT},
@@ -122,7 +122,7 @@ bool TakesNoValue(Opt opt) {
     case Opt::GAM5: case Opt::GAM7: case Opt::GAMUS: case Opt::G94: case Opt::G98: case Opt::G03: case Opt::G09:
     case Opt::PRIR: case Opt::CFOUR: case Opt::NOSYM: case Opt::NOLOG: case Opt::NOE: case Opt::RAMAN:
     case Opt::NOGRAPHICS: case Opt::JSON: case Opt::HOF: case Opt::GEOOPT: case Opt::SCAN: case Opt::UHF:
-    case Opt::NROTPRODUCT: case Opt::SCALEAUTO: case Opt::BOLTZ: case Opt::V0MODE:
+    case Opt::NROTPRODUCT: case Opt::SCALEAUTO: case Opt::BOLTZ: case Opt::V0TORSION:
       return true;
     default:
       return false;
@@ -291,7 +291,7 @@ void ApplyOption(Session& s, Opt opt, std::string_view value, std::string_view o
     }
     case Opt::ARIR: o.arir = true; break;
     case Opt::NROTPRODUCT: o.nrotProduct = true; break;
-    case Opt::V0MODE: o.barrierOfMode = true; break;
+    case Opt::V0TORSION: o.barrierOfTorsion = true; break;
     case Opt::BOLTZ: break;  // the ensemble run has read it
     case Opt::A: o.formatCode = FormatCode::Korvandel; break;
     case Opt::GAM4: o.formatCode = FormatCode::PcGamess4; break;
@@ -545,8 +545,8 @@ std::string UsageText() {
       "   /arir - automatic recognition of internal rotations\n"
       "   /nrotproduct - NRot of a recognised rotation is n1*n2 of its groups, as the earlier\n"
       "                  program had it, not the period lcm(n1,n2) of the potential\n"
-      "   /v0mode - a barrier from the frequency of the rotation's own mode, with I(*) and I(**),\n"
-      "             as the earlier program had it, not from the curvature along the torsion alone\n"
+      "   /v0torsion - a barrier from the frequency is one V0 from the curvature along the torsion\n"
+      "                alone (the other torsions held), not from the rotation's own mode\n"
       "   /irmc<N> - internal rotations also by Monte Carlo with N samples (0: by the number of\n"
       "              rotations); report in <input>.mco; seeds 1802 9373 unless the SpecFile\n"
       "              says MCSEEDS=(<seed1>,<seed2>); the same seeds give the same results\n"

@@ -102,7 +102,7 @@ struct Options {
   int userNRot = 0;                   // 0: each rotation keeps its own
   bool userBarrier = false;           // the user's V0 is in force when above 1e-6 kJ/mol
   double userV0 = 0.0;                // kJ/mol
-  bool barrierOfMode = false;         // /V0MODE: V0 from the tied mode's frequency, not the torsion's own curvature
+  bool barrierOfTorsion = false;      // /V0TORSION: V0 from the curvature of the torsion alone, not the tied mode's frequency
   bool noLog = false;
   bool noGraphics = false;            // /0
   bool raman = false;

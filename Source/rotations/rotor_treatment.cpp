@@ -467,7 +467,7 @@ void HinderedRotors::Prepare(Session& s) {
     rotors_[i].I = k.I[i];
     GuardEstimator(s.log, static_cast<int>(i + 1), rotors_[i]);
   }
-  if (!s.opt.barrierOfMode) {
+  if (s.opt.barrierOfTorsion) {
     const std::vector<double> nu = TorsionFrequencies(s.modes, masses, xyz, groups, axes, kFirstVibration);
     for (size_t i = 0; i < rotors_.size(); ++i) rotors_[i].torsionFreq = nu[i];
   }

@@ -35,9 +35,9 @@ struct Rotor {
   CosinePotential series;  // the curve of a potential (READP, /SCAN); empty: the cosine of V0
   bool harmonic = false;  // the barrier is implausible: every model is the vibration
   bool userBarrier = false;  // the user's one V0 for all rotations stands in for any other
-  // The frequency of this torsion alone (cm-1, torsion_curvature.h), whose
-  // barrier with I0 stands for both moments; 0: the tied mode's frequency
-  // with each moment (/V0MODE, as the earlier program).
+  // Under /V0TORSION the frequency of this torsion alone (cm-1,
+  // torsion_curvature.h), whose barrier with I0 stands for both moments;
+  // 0: the tied mode's frequency with each moment.
   double torsionFreq = 0.0;
   std::array<QuantumLevels, 2> levels;  // of the quantum rotor with I(*) and I(**), built when first needed
 };
