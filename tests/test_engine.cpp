@@ -26,29 +26,8 @@ namespace {
 
 const std::string kInputs = std::string(QUINTOR_TEST_INPUTS) + "/engine";
 
-struct Geometry {
-  std::vector<int> z;
-  std::vector<std::array<double, 3>> x;
-};
-
-Geometry ReadXyz(const std::string& name) {
-  std::ifstream in(kInputs + "/geometries/" + name + ".xyz");
-  Geometry g;
-  int n = 0;
-  std::string line;
-  in >> n;
-  std::getline(in, line);
-  std::getline(in, line);
-  for (int i = 0; i < n; ++i) {
-    std::string sym;
-    std::array<double, 3> x{};
-    in >> sym >> x[0] >> x[1] >> x[2];
-    for (int z = 1; z <= kMaxElement; ++z)
-      if (sym == quintor::Trim(quintor::ElementSymbol(z))) g.z.push_back(z);
-    g.x.push_back(x);
-  }
-  return g;
-}
+using Geometry = quintor::test::EngineGeometry;
+Geometry ReadXyz(const std::string& name) { return quintor::test::EngineGeometryXyz(name); }
 
 
 EngineMethod MethodFromName(const std::string& m) {

@@ -23,29 +23,8 @@ namespace {
 // The element symbol without the table's padding.
 std::string Symbol(int z) { return std::string(quintor::Trim(quintor::ElementSymbol(z))); }
 
-struct Molecule {
-  std::vector<int> z;
-  std::vector<std::array<double, 3>> x;
-};
-
-Molecule ReadXyz(const std::string& name) {
-  std::ifstream in(quintor::test::TestInput("engine/geometries/" + name + ".xyz"));
-  Molecule m;
-  int n = 0;
-  std::string line;
-  in >> n;
-  std::getline(in, line);
-  std::getline(in, line);
-  for (int i = 0; i < n; ++i) {
-    std::string sym;
-    std::array<double, 3> x{};
-    in >> sym >> x[0] >> x[1] >> x[2];
-    for (int z = 1; z <= kMaxElement; ++z)
-      if (sym == Symbol(z)) m.z.push_back(z);
-    m.x.push_back(x);
-  }
-  return m;
-}
+using Molecule = quintor::test::EngineGeometry;
+Molecule ReadXyz(const std::string& name) { return quintor::test::EngineGeometryXyz(name); }
 
 struct Reference {
   std::string name, method;

@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "app/run.h"
+#include "model/elements.h"
 
 namespace quintor::test {
 
@@ -111,6 +112,24 @@ ExeResult RunExe(const std::vector<std::string>& args, const std::string& stdinT
   r.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : -1;
   r.output = ReadFile(out);
   return r;
+}
+
+EngineGeometry EngineGeometryXyz(const std::string& name) {
+  std::ifstream in(TestInput("engine/geometries/" + name + ".xyz"));
+  EngineGeometry g;
+  int n = 0;
+  std::string line;
+  in >> n;
+  std::getline(in, line);  // the rest of the count line, then the title
+  std::getline(in, line);
+  for (int i = 0; i < n; ++i) {
+    std::string symbol;
+    std::array<double, 3> x{};
+    in >> symbol >> x[0] >> x[1] >> x[2];
+    g.z.push_back(ElementNumber(symbol));
+    g.x.push_back(x);
+  }
+  return g;
 }
 
 std::vector<MopacReference> MopacReferences(const std::string& file) {

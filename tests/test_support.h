@@ -69,6 +69,14 @@ struct MopacReference {
 };
 std::vector<MopacReference> MopacReferences(const std::string& file);
 
+// A geometry of tests/inputs/engine/geometries/<name>.xyz: nuclear charges
+// and coordinates in Angstrom.
+struct EngineGeometry {
+  std::vector<int> z;
+  std::vector<std::array<double, 3>> x;
+};
+EngineGeometry EngineGeometryXyz(const std::string& name);
+
 // How often `what` stands in `text`.
 int CountText(const std::string& text, const std::string& what);
 
