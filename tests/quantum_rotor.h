@@ -3,6 +3,8 @@
 // in a basis of plane waves exp(i m phi).
 #pragma once
 
+#include <functional>
+
 namespace quintor::testing {
 
 struct QuantumRotor {
@@ -19,6 +21,12 @@ QuantumRotor ExactHinderedRotor(double V0, double moment, int n, double T);
 
 // The same in reduced variables: x = V0/RT and theta = hbar^2 / (2 I k T).
 QuantumRotor ExactHinderedRotorReduced(double x, double theta, int n);
+
+// The same rotor in any potential V(phi) (kJ/mol, phi in radians), solved on
+// a periodic grid of `points` angles with a fourth-order second difference:
+// a method of its own, for potentials that are no single cosine.
+QuantumRotor GridHinderedRotor(const std::function<double(double)>& V, double moment, int n, double T,
+                               int points = 720);
 
 // hbar^2 / (2 I k T) from moment (kg m^2) and T, with this helper's own constants.
 double RotationalTemperatureRatio(double moment, double T);

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Rebuilds the xtb frequency outputs of the internal-rotation tests:
+# Rebuilds the xtb frequency outputs of the internal-rotation tests (their
+# MP2 rotation potentials are make_potentials.py's):
 # a 3D geometry from SMILES by Open Babel, GFN2-xTB optimisation and
 # Hessian by Debian's xtb 6.5.1, its Gaussian-98-style g98.out kept.
 # A structure that ends on a saddle point (propylene's and isobutene's
