@@ -366,6 +366,7 @@ EntropyErrors EntropiesAgainstExperiment(const std::string& barrier) {
     if (barrier == "/V0TORSION") options.push_back(barrier);
     LogRun run(Rotations(std::string(c.name) + "_xtb.out"), options);
     if (run.r.status != exit_status::Ok) throw std::runtime_error(c.name);
+    EXPECT_EQ(run.s.nImag, 0) << c.name << " is no minimum";
     const ThermoReport& r = run.s.thermo.report;
     e.harmonic.push_back(Model(r, "harmonic").tot.s - c.experiment);
     e.pitzer.push_back(Model(r, "pitzer_gwinn").tot.s - c.experiment);
