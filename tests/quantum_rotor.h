@@ -1,6 +1,7 @@
 // The exact quantum one-dimensional hindered rotor, the reference the
 // Pitzer-Gwinn tables approximate: H = -(hbar^2/2I) d^2/dphi^2 + V0/2 (1 - cos n phi)
-// in a basis of plane waves exp(i m phi).
+// in a basis of plane waves exp(i m phi); and, for any other potential, the same
+// Hamiltonian on a grid of angles.
 #pragma once
 
 #include <functional>
